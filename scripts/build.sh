@@ -4,6 +4,8 @@
 # VX_WERROR=1 in the environment turns warnings into errors.
 set -eu
 cd "$(dirname "$0")/.."
+# Lets ccache share objects between checkouts in different folders.
+export CCACHE_BASEDIR="$(pwd)"
 type="${1:-release}"
 [ $# -gt 0 ] && shift
 dir="build/$type"
