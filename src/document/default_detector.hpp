@@ -1,0 +1,34 @@
+// VXDefaultDetector: what the editor assumes about a language before it has seen any text, and
+// which language a file extension usually means. Detection over the text and the user's scoped
+// settings take precedence over these (see the document's tab set-up).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace vx {
+
+class VXDefaultDetector {
+public:
+    static VXDefaultDetector& sharedDetector();
+
+    // Answers -1 when the detector has no opinion about the language.
+    static int64_t tabSizeForLanguage(const std::string& languageName);
+    // Answers 0 or 1, or -1 for no opinion (today every language).
+    static int64_t usesSpacesForLanguage(const std::string& languageName);
+
+    // The language name usually meant by a file extension (compared without case); the caller
+    // passes the whole file name when the file has no extension. Mappings recorded with
+    // `recordLanguage` win over the built-in table.
+    std::optional<std::string> languageForExtension(const std::string& extension) const;
+    void recordLanguage(const std::string& languageName, const std::string& extension);
+
+private:
+    mutable std::mutex m_mutex;
+    std::map<std::string, std::string> m_recorded;
+};
+
+}  // namespace vx

@@ -1,0 +1,12 @@
+#include "document/indentation_context.hpp"
+
+namespace vx {
+
+VXIndentationContext VXIndentationContext::contextWithDefaults(int64_t tabSize, int64_t useSoftTabs) {
+    VXIndentationContext context;
+    context.tabSize = tabSize >= 1 && tabSize <= kMaxTabSize ? uint64_t(tabSize) : kDefaultTabSize;
+    context.useSoftTabs = useSoftTabs != 0;
+    return context;
+}
+
+}  // namespace vx
