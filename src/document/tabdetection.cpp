@@ -6,6 +6,10 @@
 #include <limits>
 #include <vector>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace vx {
 namespace {
 
@@ -36,6 +40,22 @@ constexpr auto kSmallGcd = [] {
 unsigned gcd(unsigned a, unsigned b) {
     if (a < kSmallGcdLimit && b < kSmallGcdLimit) return kSmallGcd[a][b];
     return euclid(a, b);
+}
+
+// The index of the next LF at or after `from`, or `length`. Both callers spend most of their time
+// here, so it compares eight units at a time where the processor allows.
+unsigned long nextLineFeed(const unsigned short* text, unsigned long from, unsigned long length) {
+    unsigned long i = from;
+#ifdef __SSE2__
+    const __m128i lineFeeds = _mm_set1_epi16(kLineFeed);
+    for (; i + 8 <= length; i += 8) {
+        __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        int mask = _mm_movemask_epi8(_mm_cmpeq_epi16(units, lineFeeds));
+        if (mask != 0) return i + unsigned(__builtin_ctz(unsigned(mask))) / 2;
+    }
+#endif
+    while (i < length && text[i] != kLineFeed) ++i;
+    return i;
 }
 
 uint16_t saturatingIncrement(uint16_t count) {
@@ -73,7 +93,7 @@ LineTally tallyLines(const unsigned short* text, unsigned long length) {
         bool ignored = i == length || text[i] == kLineFeed || text[i] == kCarriageReturn || text[i] == '#' ||
                        text[i] == '/';
         if (!ignored) tallyLine(tally, spaces, tabs);
-        while (i < length && text[i] != kLineFeed) ++i;
+        i = nextLineFeed(text, i, length);
         if (i < length) ++i;  // past the LF
     }
     return tally;
@@ -160,8 +180,7 @@ bool shouldHighlight(const unsigned short* text, unsigned long length) {
     auto measure = [&](unsigned long lineLength) {
         if (lineLength > 1024) longLineWeight += double(lineLength) / 1024.0;
     };
-    for (unsigned long i = 0; i < length; ++i) {
-        if (text[i] != kLineFeed) continue;
+    for (unsigned long i = nextLineFeed(text, 0, length); i < length; i = nextLineFeed(text, i + 1, length)) {
         measure(i - lineStart);
         lineStart = i;  // the next line starts with this LF
         ++lines;
