@@ -4,6 +4,7 @@
 #include <string>
 
 #include "syntax/selfml/sfnode.hpp"
+#include "syntax/selfml/sfwriter.hpp"
 
 namespace {
 
@@ -144,6 +145,20 @@ TEST(SelfmlParser, DeepNestingDoesNotExhaustTheStack) {
     int depth = 0;
     for (SFNode* node = SFNodeFirstChild(root); node; node = SFNodeFirstChild(node)) ++depth;
     EXPECT_EQ(depth, 200000);
+    SFNode* copy = SFNodeCopy(root);
+    depth = 0;
+    for (SFNode* node = SFNodeFirstChild(copy); node; node = SFNodeFirstChild(node)) ++depth;
+    EXPECT_EQ(depth, 200000);
+    SFNodeFree(copy);
+    SFNodeFree(root);
+
+    // Written text grows with the square of the depth (indentation), so write a shallower one.
+    text.clear();
+    for (int i = 0; i < 2000; ++i) text += "(a ";
+    root = SFNodeCreateFromBytes(text.data(), text.size());
+    const std::string written = vx::SFNodeSelfmlRepresentation(root);
+    EXPECT_EQ(written.substr(0, 12), "(a\n    (a\n  ");
+    EXPECT_EQ(written.substr(written.size() - 3), ")))");
     SFNodeFree(root);
 }
 

@@ -124,24 +124,30 @@ void SFNodeFree(SFNode* node) {
     }
 }
 
+// Iterative like SFNodeFree: each pending entry is a source chain and the link its copy goes to.
 SFNode* SFNodeCopy(const SFNode* node) {
-    if (!node) return nullptr;
+    struct Pending {
+        const SFNode* source;
+        SFNode** link;
+        SFNode* parent;
+    };
     SFNode* head = nullptr;
-    SFNode** link = &head;
-    for (const SFNode* source = node; source; source = source->next) {
-        char* value = nullptr;
-        if (source->value) {
-            value = SFStringDuplicate(source->value, std::strlen(source->value));
-            if (!value) break;
+    std::vector<Pending> pending;
+    if (node) pending.push_back(Pending{node, &head, nullptr});
+    while (!pending.empty()) {
+        Pending item = pending.back();
+        pending.pop_back();
+        SFNode** link = item.link;
+        for (const SFNode* source = item.source; source; source = source->next) {
+            char* value = nullptr;
+            if (source->value && !(value = SFStringDuplicate(source->value, std::strlen(source->value)))) break;
+            SFNode* copy = allocateNode(source->type, value);
+            if (!copy) break;
+            if (copy->type == SFNodeTypeList && item.parent) copy->parent = item.parent;
+            *link = copy;
+            link = &copy->next;
+            if (source->firstChild) pending.push_back(Pending{source->firstChild, &copy->firstChild, copy});
         }
-        SFNode* copy = allocateNode(source->type, value);
-        if (!copy) break;
-        copy->firstChild = SFNodeCopy(source->firstChild);
-        if (copy->type == SFNodeTypeList)
-            for (SFNode* child = copy->firstChild; child; child = child->next)
-                if (child->type == SFNodeTypeList) child->parent = copy;
-        *link = copy;
-        link = &copy->next;
     }
     return head;
 }

@@ -1,5 +1,7 @@
 #include "syntax/selfml/sfwriter.hpp"
 
+#include <vector>
+
 namespace vx {
 namespace {
 
@@ -37,27 +39,46 @@ bool hasListChild(const SFNode* list) {
     return false;
 }
 
+// Writes one list and everything in it. Iterative, like the parser, so that a deeply nested
+// tree cannot exhaust the stack.
 void writeList(const SFNode* list, int level, std::string& out) {
-    out += '(';
-    if (list->value) out += list->value;
-    const bool allStrings = !hasListChild(list);
-    bool isFirst = true;
-    for (const SFNode* child = list->firstChild; child; child = child->next) {
+    struct Frame {
+        const SFNode* next;  // the next child to write
+        int level;
+        bool allStrings;
+        bool isFirst;
+    };
+    std::vector<Frame> stack;
+    auto open = [&](const SFNode* node, int nodeLevel) {
+        out += '(';
+        if (node->value) out += node->value;
+        stack.push_back(Frame{node->firstChild, nodeLevel, !hasListChild(node), true});
+    };
+    open(list, level);
+    while (!stack.empty()) {
+        Frame& frame = stack.back();
+        const SFNode* child = frame.next;
+        if (!child) {
+            out += ')';
+            stack.pop_back();
+            continue;
+        }
+        frame.next = child->next;
         const bool isString = child->type == SFNodeTypeString;
-        const bool sameLine = allStrings || (isFirst && (isString || !child->firstChild));
+        const bool sameLine = frame.allStrings || (frame.isFirst && (isString || !child->firstChild));
+        frame.isFirst = false;
+        const int childLevel = frame.level + 1;
         if (sameLine) {
             out += ' ';
         } else {
             out += '\n';
-            indent(level + 1, out);
+            indent(childLevel, out);
         }
         if (isString)
             SFWriteQuotedString(child->value ? child->value : "", out);
         else
-            writeList(child, level + 1, out);
-        isFirst = false;
+            open(child, childLevel);  // invalidates frame
     }
-    out += ')';
 }
 
 }  // namespace
