@@ -18,6 +18,8 @@ struct VXIndentationContext {
         return useSoftTabs ? std::u16string(tabSize, u' ') : std::u16string(1, u'\t');
     }
 
+    // The editor-wide default, from the user defaults "VXTabSize" and "VXUseSoftTabs".
+    static VXIndentationContext defaultContext();
     // The same rule over given values: a tab size outside 1..18 becomes 4.
     static VXIndentationContext contextWithDefaults(int64_t tabSize, int64_t useSoftTabs);
 
