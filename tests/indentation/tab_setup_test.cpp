@@ -3,6 +3,11 @@
 
 #include "document/tab_setup.hpp"
 
+#include <cstdlib>
+
+#include "platform/user_defaults.hpp"
+#include "support/temp_dir.hpp"
+
 using namespace vx;
 
 namespace {
@@ -80,6 +85,25 @@ TEST(TabSetup, SoftTabsRules) {
     // Nothing decides: the context keeps what it had.
     EXPECT_EQ(resolveIndentation(start(7, true), kUndecided, {}, none), start(7, true));
     EXPECT_EQ(resolveIndentation(start(7, true), kUndecided, {}, std::string()), start(7, true));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(DefaultContext, FromUserDefaultsWithinRange) {
+    vx::test::TempDir home;
+    ASSERT_EQ(setenv("VX_HOME", home.path().c_str(), 1), 0);
+    UserDefaults& defaults = UserDefaults::standardUserDefaults();
+    EXPECT_EQ(VXIndentationContext::defaultContext(), start(4, false));  // nothing set
+
+    const std::pair<int64_t, uint64_t> sizes[] = {{1, 1}, {18, 18}, {19, 4}, {0, 4}, {-3, 4}, {8, 8}};
+    for (auto [stored, want] : sizes) {
+        defaults.setInteger("VXTabSize", stored);
+        defaults.setBool("VXUseSoftTabs", stored % 2 == 0);
+        EXPECT_EQ(VXIndentationContext::defaultContext(), start(want, stored % 2 == 0)) << stored;
+    }
+    unsetenv("VX_HOME");
 }
 
 }  // namespace
