@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -51,10 +52,21 @@ std::optional<std::string> VXDefaultDetector::languageForExtension(const std::st
     return std::nullopt;
 }
 
+std::optional<std::string> VXDefaultDetector::languageForPath(const std::string& path) const {
+    if (path.empty()) return std::nullopt;
+    return languageForExtension(extensionOrFileName(path));
+}
+
 void VXDefaultDetector::recordLanguage(const std::string& languageName, const std::string& extension) {
     if (extension.empty() || languageName.empty()) return;
     std::lock_guard lock(m_mutex);
     m_recorded[lowercased(extension)] = languageName;
+}
+
+std::string extensionOrFileName(const std::string& path) {
+    std::filesystem::path file = std::filesystem::path(path).filename();
+    std::string extension = file.extension().string();
+    return lowercased(extension.size() > 1 ? extension.substr(1) : file.string());
 }
 
 }  // namespace vx

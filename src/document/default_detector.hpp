@@ -25,10 +25,16 @@ public:
     // `recordLanguage` win over the built-in table.
     std::optional<std::string> languageForExtension(const std::string& extension) const;
     void recordLanguage(const std::string& languageName, const std::string& extension);
+    // The language for a file's path, by its extension or (without one) its whole name.
+    std::optional<std::string> languageForPath(const std::string& path) const;
 
 private:
     mutable std::mutex m_mutex;
     std::map<std::string, std::string> m_recorded;
 };
+
+// The lower-cased extension of a path's file name, or the whole (lower-cased) file name when it
+// has none ("Makefile", ".bashrc"); empty for an empty path.
+std::string extensionOrFileName(const std::string& path);
 
 }  // namespace vx
