@@ -2,6 +2,8 @@
 
 #include <unicode/uchar.h>
 
+#include "app/tui/utf8.hpp"
+
 namespace vx::tui {
 
 int codepointWidth(char32_t c) {
@@ -27,6 +29,16 @@ int codepointWidth(char32_t c) {
         default:
             return 1;
     }
+}
+
+}  // namespace vx::tui
+
+namespace vx::tui {
+
+int stringWidth(std::string_view text) {
+    int width = 0;
+    for (size_t i = 0; i < text.size();) width += codepointWidth(decodeUtf8(text, i));
+    return width;
 }
 
 }  // namespace vx::tui

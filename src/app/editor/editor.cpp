@@ -1,0 +1,358 @@
+#include "app/editor/editor.hpp"
+
+#include <algorithm>
+
+#include "app/editor/line_layout.hpp"
+#include "app/tui/utf8.hpp"
+#include "app/tui/width.hpp"
+
+namespace vx::editor {
+namespace {
+
+std::string base64(std::string_view bytes) {
+    static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    size_t i = 0;
+    for (; i + 2 < bytes.size(); i += 3) {
+        uint32_t n = (static_cast<uint8_t>(bytes[i]) << 16) | (static_cast<uint8_t>(bytes[i + 1]) << 8) | static_cast<uint8_t>(bytes[i + 2]);
+        for (int shift : {18, 12, 6, 0}) out += kAlphabet[(n >> shift) & 63];
+    }
+    if (i < bytes.size()) {
+        uint32_t n = static_cast<uint8_t>(bytes[i]) << 16;
+        if (i + 1 < bytes.size()) n |= static_cast<uint8_t>(bytes[i + 1]) << 8;
+        out += kAlphabet[(n >> 18) & 63];
+        out += kAlphabet[(n >> 12) & 63];
+        out += i + 1 < bytes.size() ? kAlphabet[(n >> 6) & 63] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+char16_t foldCase(char16_t c) {
+    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
+}
+
+// Lower-case query letters match either case; a capital in the query makes the search exact.
+bool matchesAt(std::u16string_view text, size_t at, std::u16string_view query, bool foldingCase) {
+    if (at + query.size() > text.size()) return false;
+    for (size_t i = 0; i < query.size(); ++i) {
+        char16_t c = text[at + i];
+        if (c != query[i] && !(foldingCase && foldCase(c) == query[i])) return false;
+    }
+    return true;
+}
+
+std::string digitsOf(uint64_t value) {
+    return std::to_string(value);
+}
+
+}  // namespace
+
+Editor::Editor() : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()) {
+    registerEditingCommands(*this);
+}
+
+Editor::~Editor() = default;
+
+void Editor::setSize(int width, int height) {
+    m_width = std::max(width, 1);
+    m_height = std::max(height, 1);
+    revealCaret();
+}
+
+Tab& Editor::openTab(std::unique_ptr<Tab> tab) {
+    m_tabs.push_back(std::move(tab));
+    m_active = m_tabs.size() - 1;
+    return *m_tabs.back();
+}
+
+void Editor::closeTab(size_t index) {
+    if (index >= m_tabs.size()) return;
+    m_tabs.erase(m_tabs.begin() + static_cast<std::ptrdiff_t>(index));
+    if (m_active >= m_tabs.size()) m_active = m_tabs.empty() ? 0 : m_tabs.size() - 1;
+    else if (m_active > index) --m_active;
+}
+
+void Editor::activateTab(size_t index) {
+    if (index >= m_tabs.size()) return;
+    if (Tab* tab = activeTab()) tab->endTyping();
+    m_active = index;
+}
+
+Layout Editor::layout() const {
+    Layout layout;
+    layout.width = m_width;
+    layout.height = m_height;
+    layout.textTop = m_height >= 4 ? 1 : 0;
+    layout.statusRow = m_height >= 3 ? m_height - 2 : m_height;
+    layout.messageRow = m_height - 1;
+    layout.textRows = std::max(std::min(layout.statusRow, layout.messageRow) - layout.textTop, 1);
+    uint64_t lines = m_tabs.empty() ? 1 : m_tabs[m_active]->text().lineCount();
+    layout.gutterWidth = static_cast<int>(std::max<size_t>(digitsOf(lines).size(), 3)) + 2;
+    if (layout.gutterWidth * 2 > m_width) layout.gutterWidth = 0;
+    return layout;
+}
+
+void Editor::revealCaret() {
+    Tab* tab = activeTab();
+    if (!tab) return;
+    Layout l = layout();
+    tab->scrollToCaret(l.textRows, std::max(l.width - l.gutterWidth - 1, 1));
+}
+
+void Editor::handleEvent(const tui::InputEvent& event) {
+    if (auto* key = std::get_if<tui::KeyEvent>(&event)) return handleKey(*key);
+    if (auto* paste = std::get_if<tui::PasteEvent>(&event)) return handlePaste(paste->text);
+    if (auto* mouse = std::get_if<tui::MouseEvent>(&event)) return handleMouse(*mouse);
+    if (auto* resize = std::get_if<tui::ResizeEvent>(&event)) setSize(resize->width, resize->height);
+}
+
+void Editor::handleKey(const tui::KeyEvent& key) {
+    m_message = {};
+    if (m_modal) {
+        // Keep the modal alive while it runs: its callback may replace it.
+        auto modal = std::move(m_modal);
+        bool keep = modal->handleKey(*this, key);
+        if (keep && !m_modal) m_modal = std::move(modal);
+        revealCaret();
+        return;
+    }
+    if (auto command = m_bindings.commandForKey(key)) {
+        runCommand(*command);
+        return;
+    }
+    bool chord = key.modifiers & (tui::kCtrl | tui::kAlt | tui::kSuper);
+    if (key.key == tui::Key::Character && !chord && key.codepoint >= 0x20 && key.codepoint != 0x7f) {
+        typeCharacter(key.codepoint);
+        return;
+    }
+    if (chord || key.key != tui::Key::Character) showError(tui::keyName(key) + " is not bound to a command");
+}
+
+void Editor::runCommand(const std::string& name) {
+    auto found = m_commands.find(name);
+    if (found == m_commands.end()) {
+        showError("unknown command: " + name);
+        return;
+    }
+    // Copy: a command may replace the table (rebinding) while it runs.
+    Command command = found->second;
+    command(*this);
+    revealCaret();
+}
+
+void Editor::typeCharacter(char32_t c) {
+    Tab* tab = activeTab();
+    if (!tab) return;
+    std::u16string text;
+    tui::appendUtf16(text, c);
+    tab->typeText(text);
+    revealCaret();
+}
+
+void Editor::handlePaste(const std::string& text) {
+    m_message = {};
+    if (m_modal) {
+        m_modal->handlePaste(*this, text);
+        return;
+    }
+    if (Tab* tab = activeTab()) {
+        tab->insertText(tui::utf8ToUtf16(text));
+        revealCaret();
+    }
+}
+
+void Editor::handleMouse(const tui::MouseEvent& mouse) {
+    if (m_modal) return;
+    Layout l = layout();
+    Tab* tab = activeTab();
+    if (mouse.action == tui::MouseAction::WheelUp || mouse.action == tui::MouseAction::WheelDown) {
+        if (tab) tab->scrollBy(mouse.action == tui::MouseAction::WheelUp ? -3 : 3, l.textRows);
+        return;
+    }
+    if (mouse.action == tui::MouseAction::Release) {
+        m_dragging = false;
+        return;
+    }
+    if (mouse.button != 0 || (mouse.action != tui::MouseAction::Press && mouse.action != tui::MouseAction::Drag)) return;
+    if (mouse.action == tui::MouseAction::Press && mouse.y == 0 && l.textTop == 1) {
+        for (size_t i = 0; i < m_tabBarSpans.size(); ++i)
+            if (mouse.x >= m_tabBarSpans[i].first && mouse.x < m_tabBarSpans[i].second) activateTab(i);
+        return;
+    }
+    if (!tab) return;
+    bool inText = mouse.y >= l.textTop && mouse.y < l.textTop + l.textRows;
+    if (mouse.action == tui::MouseAction::Press && !inText) return;
+    if (mouse.action == tui::MouseAction::Drag && !m_dragging) return;
+    // Dragging above or below the text scrolls it.
+    int row = std::clamp(mouse.y - l.textTop, -1, l.textRows);
+    int64_t line = static_cast<int64_t>(tab->topLine) + row;
+    uint64_t column = tab->leftColumn + static_cast<uint64_t>(std::max(mouse.x - l.gutterWidth, 0));
+    bool extend = mouse.action == tui::MouseAction::Drag || (mouse.modifiers & tui::kShift);
+    tab->placeCaret(static_cast<uint64_t>(std::max<int64_t>(line, 0)), column, extend);
+    m_dragging = true;
+    revealCaret();
+}
+
+void Editor::setClipboard(std::u16string text) {
+    m_clipboard = std::move(text);
+    m_terminalRequests += "\x1b]52;c;" + base64(tui::utf16ToUtf8(m_clipboard)) + "\x07";
+}
+
+void Editor::findNext(bool forward) {
+    Tab* tab = activeTab();
+    if (!tab) return;
+    if (m_findQuery.empty()) {
+        showError("Nothing to find");
+        return;
+    }
+    bool folding = std::none_of(m_findQuery.begin(), m_findQuery.end(), [](char16_t c) { return c >= u'A' && c <= u'Z'; });
+    std::u16string query = m_findQuery;
+    if (folding) std::transform(query.begin(), query.end(), query.begin(), foldCase);
+    std::u16string text = tab->text().text();
+    Range selection = tab->selection().range();
+    size_t size = text.size();
+    if (query.size() > size) {
+        showError("Not found: " + tui::utf16ToUtf8(m_findQuery));
+        return;
+    }
+    size_t last = size - query.size();
+    std::optional<size_t> found;
+    bool wrapped = false;
+    if (forward) {
+        for (size_t at = selection.end(); at <= last && !found; ++at)
+            if (matchesAt(text, at, query, folding)) found = at;
+        for (size_t at = 0; !found && at <= std::min<size_t>(selection.end(), last); ++at)
+            if (matchesAt(text, at, query, folding)) found = at, wrapped = true;
+    } else {
+        for (size_t at = std::min<size_t>(selection.location, last + 1); at-- > 0 && !found;)
+            if (matchesAt(text, at, query, folding)) found = at;
+        for (size_t at = last + 1; !found && at-- > selection.location;)
+            if (matchesAt(text, at, query, folding)) found = at, wrapped = true;
+    }
+    if (!found) {
+        showError("Not found: " + tui::utf16ToUtf8(m_findQuery));
+        return;
+    }
+    tab->setSelection({*found, *found + query.size()});
+    if (wrapped) showMessage("Search wrapped around");
+    revealCaret();
+}
+
+void Editor::draw(tui::Screen& screen) {
+    if (screen.width() != m_width || screen.height() != m_height) screen.resize(m_width, m_height);
+    screen.clear(m_colors.text);
+    screen.setCursor(std::nullopt);
+    Layout l = layout();
+    if (l.textTop == 1) drawTabBar(screen, l);
+    drawText(screen, l);
+    if (l.statusRow < m_height) drawStatusBar(screen, l);
+    drawMessageLine(screen, l);
+    if (m_modal) m_modal->draw(screen, m_colors, l);
+}
+
+void Editor::drawTabBar(tui::Screen& screen, const Layout& l) {
+    screen.fill(0, 0, l.width, m_colors.tabBar);
+    m_tabBarSpans.clear();
+    int x = 0;
+    for (size_t i = 0; i < m_tabs.size(); ++i) {
+        const Tab& tab = *m_tabs[i];
+        std::string title = " " + tab.displayName() + (tab.isModified() ? " \u25cf " : "   ");
+        const auto& style = i == m_active ? m_colors.tabActive : m_colors.tabBar;
+        int start = x;
+        x = screen.print(x, 0, title, style);
+        m_tabBarSpans.emplace_back(start, x);
+        x = screen.print(x, 0, "\u2502", m_colors.tabBar);
+        if (x >= l.width) break;
+    }
+}
+
+void Editor::drawText(tui::Screen& screen, const Layout& l) {
+    Tab* tab = activeTab();
+    if (!tab) {
+        screen.print(2, l.textTop + 1, "No open files. Ctrl-N makes a new one, Ctrl-O opens one, Ctrl-Q quits.", m_colors.gutter);
+        return;
+    }
+    const TextBuffer& text = tab->text();
+    Range selection = tab->selection().range();
+    uint64_t caretLine = tab->caretLine();
+    int textLeft = l.gutterWidth;
+    int tabSize = tab->tabSize();
+    for (int row = 0; row < l.textRows; ++row) {
+        uint64_t line = tab->topLine + static_cast<uint64_t>(row);
+        int y = l.textTop + row;
+        if (line >= text.lineCount()) break;
+        bool current = line == caretLine;
+        tui::Style lineStyle = m_colors.text;
+        if (current && selection.length == 0) lineStyle.background = m_colors.currentLine;
+        screen.fill(textLeft, y, l.width - textLeft, lineStyle);
+        if (l.gutterWidth > 0) {
+            const auto& gutter = current ? m_colors.gutterCurrent : m_colors.gutter;
+            std::string number = digitsOf(line + 1);
+            screen.fill(0, y, l.gutterWidth, gutter);
+            screen.print(l.gutterWidth - 1 - static_cast<int>(number.size()), y, number, gutter);
+        }
+        Range content = text.lineContentRange(line);
+        std::u16string lineText = text.substring(content);
+        uint64_t left = tab->leftColumn;
+        uint64_t right = left + static_cast<uint64_t>(l.width - textLeft);
+        layoutLine(lineText, tabSize, [&](const LaidOutCharacter& ch) {
+            if (ch.column >= right) return false;
+            uint64_t offset = content.location + ch.offset;
+            tui::Style style = lineStyle;
+            bool selected = offset >= selection.location && offset < selection.end();
+            if (selected) style.background = m_colors.selection;
+            if (ch.width == 0) {
+                if (ch.column > left) screen.put(textLeft + static_cast<int>(ch.column - left), y, ch.codepoint, style);
+                return true;
+            }
+            if (ch.column + static_cast<uint64_t>(ch.width) <= left) return true;
+            int x = textLeft + static_cast<int>(ch.column >= left ? ch.column - left : 0);
+            int visibleWidth = static_cast<int>(std::min(ch.column + static_cast<uint64_t>(ch.width), right) - std::max(ch.column, left));
+            if (ch.codepoint == U'\t' || ch.column < left) {
+                screen.fill(x, y, visibleWidth, style);
+            } else if (ch.codepoint < 0x20 || ch.codepoint == 0x7f) {
+                tui::Style control = m_colors.invisibles;
+                control.background = style.background;
+                char shown = ch.codepoint == 0x7f ? '?' : static_cast<char>('@' + ch.codepoint);
+                screen.print(x, y, std::string("^") + shown, control, textLeft + static_cast<int>(right - left));
+            } else {
+                screen.put(x, y, ch.codepoint, style, textLeft + static_cast<int>(right - left));
+            }
+            return true;
+        });
+        // A selection that takes in the line break shows one cell past the line's end.
+        uint64_t endColumn = columnForOffset(lineText, lineText.size(), tabSize);
+        if (content.end() >= selection.location && content.end() < selection.end() && endColumn >= left && endColumn < right) {
+            tui::Style style = lineStyle;
+            style.background = m_colors.selection;
+            screen.fill(textLeft + static_cast<int>(endColumn - left), y, 1, style);
+        }
+    }
+    uint64_t caretRow = caretLine - std::min(caretLine, tab->topLine);
+    uint64_t caretColumn = tab->caretColumn();
+    if (caretLine >= tab->topLine && caretRow < static_cast<uint64_t>(l.textRows) && caretColumn >= tab->leftColumn &&
+        caretColumn - tab->leftColumn < static_cast<uint64_t>(l.width - textLeft))
+        screen.setCursor(tui::Point{textLeft + static_cast<int>(caretColumn - tab->leftColumn), l.textTop + static_cast<int>(caretRow)});
+}
+
+void Editor::drawStatusBar(tui::Screen& screen, const Layout& l) {
+    screen.fill(0, l.statusRow, l.width, m_colors.statusBar);
+    Tab* tab = activeTab();
+    if (!tab) return;
+    std::string left = " " + (tab->path().empty() ? tab->displayName() : tab->path()) + (tab->isModified() ? " [+]" : "");
+    std::string right = "Ln " + digitsOf(tab->caretLine() + 1) + ", Col " + digitsOf(tab->caretColumn() + 1) + "  " +
+                        (tab->softTabs() ? "Spaces: " : "Tab Size: ") + std::to_string(tab->tabSize()) + "  " +
+                        tab->encodingName + "  " + tab->lineEndingName() + "  " + tab->languageName + " ";
+    int rightWidth = tui::stringWidth(right);
+    screen.print(0, l.statusRow, left, m_colors.statusBar, std::max(l.width - rightWidth - 1, 0));
+    screen.print(std::max(l.width - rightWidth, 0), l.statusRow, right, m_colors.statusBar);
+}
+
+void Editor::drawMessageLine(tui::Screen& screen, const Layout& l) {
+    screen.fill(0, l.messageRow, l.width, m_colors.message);
+    if (!m_message.text.empty())
+        screen.print(0, l.messageRow, m_message.text, m_message.isError ? m_colors.error : m_colors.message);
+}
+
+}  // namespace vx::editor

@@ -1,0 +1,118 @@
+// The editor: its tabs, the key bindings and commands, the modal prompts, the message line, and
+// drawing a frame. It knows nothing of the real terminal: input arrives as decoded events and
+// output is a Screen, so the terminal front end and the headless harness drive the same object.
+//
+//     row 0            tab bar
+//     rows 1..h-3      text, with line numbers in a gutter
+//     row h-2          status bar: file, modified mark, line:column, indentation, encoding, line ends, language
+//     row h-1          message line, or the prompt being answered
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/editor/colors.hpp"
+#include "app/editor/modal.hpp"
+#include "app/editor/tab.hpp"
+#include "app/tui/input_decoder.hpp"
+#include "app/tui/key_bindings.hpp"
+#include "app/tui/screen.hpp"
+
+namespace vx::editor {
+
+class Editor {
+public:
+    using Command = std::function<void(Editor&)>;
+
+    Editor();
+    ~Editor();
+
+    void setSize(int width, int height);
+    tui::Point size() const { return {m_width, m_height}; }
+
+    // Tabs.
+    Tab& openTab(std::unique_ptr<Tab> tab);
+    void closeTab(size_t index);
+    size_t tabCount() const { return m_tabs.size(); }
+    Tab& tab(size_t index) { return *m_tabs[index]; }
+    Tab* activeTab() { return m_tabs.empty() ? nullptr : m_tabs[m_active].get(); }
+    size_t activeIndex() const { return m_active; }
+    void activateTab(size_t index);
+
+    // Input. Events go to the modal being shown, else to the key bindings and commands.
+    void handleEvent(const tui::InputEvent& event);
+    void handleKey(const tui::KeyEvent& key);
+    void runCommand(const std::string& name);
+    bool hasCommand(const std::string& name) const { return m_commands.count(name) != 0; }
+    void addCommand(std::string name, Command command) { m_commands[std::move(name)] = std::move(command); }
+
+    tui::KeyBindings& keyBindings() { return m_bindings; }
+    void setKeyBindings(tui::KeyBindings bindings) { m_bindings = std::move(bindings); }
+
+    // Modals and messages.
+    void showModal(std::unique_ptr<Modal> modal) { m_modal = std::move(modal); }
+    bool hasModal() const { return m_modal != nullptr; }
+    void showMessage(std::string text) { m_message = {std::move(text), false}; }
+    void showError(std::string text) { m_message = {std::move(text), true}; }
+    const std::string& message() const { return m_message.text; }
+
+    // The internal clipboard; copying also asks the terminal to set its own (OSC 52).
+    const std::u16string& clipboard() const { return m_clipboard; }
+    void setClipboard(std::u16string text);
+    // Escape sequences for the terminal beyond the frame itself (OSC 52), taken by the front end.
+    std::string takeTerminalRequests() { return std::exchange(m_terminalRequests, {}); }
+
+    // Find.
+    void findNext(bool forward);
+    const std::u16string& findQuery() const { return m_findQuery; }
+    void setFindQuery(std::u16string query) { m_findQuery = std::move(query); }
+
+    void requestQuit() { m_quitRequested = true; }
+    bool quitRequested() const { return m_quitRequested; }
+
+    EditorColors& colors() { return m_colors; }
+    Layout layout() const;
+    void draw(tui::Screen& screen);
+
+    // Scrolls the active tab so its caret shows; commands call it after moving the caret.
+    void revealCaret();
+
+private:
+    void handleMouse(const tui::MouseEvent& mouse);
+    void handlePaste(const std::string& text);
+    void typeCharacter(char32_t c);
+    void drawTabBar(tui::Screen& screen, const Layout& layout);
+    void drawText(tui::Screen& screen, const Layout& layout);
+    void drawStatusBar(tui::Screen& screen, const Layout& layout);
+    void drawMessageLine(tui::Screen& screen, const Layout& layout);
+
+    struct Message {
+        std::string text;
+        bool isError = false;
+    };
+
+    int m_width = 80, m_height = 24;
+    std::vector<std::unique_ptr<Tab>> m_tabs;
+    size_t m_active = 0;
+    std::map<std::string, Command> m_commands;
+    tui::KeyBindings m_bindings;
+    std::unique_ptr<Modal> m_modal;
+    Message m_message;
+    std::u16string m_clipboard;
+    std::string m_terminalRequests;
+    std::u16string m_findQuery;
+    EditorColors m_colors;
+    bool m_quitRequested = false;
+    bool m_dragging = false;
+    std::vector<std::pair<int, int>> m_tabBarSpans;  // columns of each tab's title, for clicks
+};
+
+// Registers the built-in commands (files, editing, moving, finding) on an editor.
+void registerEditingCommands(Editor& editor);
+
+}  // namespace vx::editor

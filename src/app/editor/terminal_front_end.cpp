@@ -1,0 +1,145 @@
+#include "app/editor/terminal_front_end.hpp"
+
+#include <poll.h>
+
+#include <chrono>
+
+#include "app/editor/editor.hpp"
+#include "app/editor/files.hpp"
+#include "app/tui/input_decoder.hpp"
+#include "app/tui/renderer.hpp"
+#include "app/tui/terminal.hpp"
+#include "platform/file_cache.hpp"
+#include "platform/paths.hpp"
+#include "platform/run_loop.hpp"
+
+namespace vx::editor {
+namespace {
+
+// How long an ESC waits for the rest of a sequence before it counts as the Escape key. Terminals
+// send a sequence in one write, so this only needs to cover a slow link.
+constexpr std::chrono::milliseconds kEscapeTimeout{30};
+
+class FrontEnd {
+public:
+    FrontEnd(Editor& editor, tui::Terminal& terminal)
+        : m_editor(editor), m_terminal(terminal), m_renderer(tui::colorModeFromEnvironment()) {}
+
+    int run() {
+        RunLoop& loop = RunLoop::main();
+        auto input = loop.watchDescriptor(m_terminal.inputDescriptor(), POLLIN, [this](short) { readInput(); });
+        auto signals = loop.watchDescriptor(m_terminal.signalDescriptor(), POLLIN, [this](short) { handleSignals(); });
+        paint();
+        while (!m_done) {
+            loop.runOnce(std::chrono::milliseconds(1000));
+            if (!m_done) paint();
+        }
+        loop.unwatchDescriptor(input);
+        loop.unwatchDescriptor(signals);
+        return m_status;
+    }
+
+private:
+    void readInput() {
+        std::string bytes = m_terminal.readAvailable();
+        if (m_terminal.isClosed()) return hangUp();
+        m_decoder.feed(bytes);
+        dispatch();
+        if (m_decoder.hasPendingSequence()) {
+            if (m_escapeTimer) RunLoop::main().cancelTimer(m_escapeTimer);
+            m_escapeTimer = RunLoop::main().performAfterDelay(kEscapeTimeout, [this] {
+                m_escapeTimer = 0;
+                m_decoder.flushPending();
+                dispatch();
+                paint();
+            });
+        }
+    }
+
+    void dispatch() {
+        for (const auto& event : m_decoder.takeEvents()) {
+            m_editor.handleEvent(event);
+            if (m_editor.quitRequested()) {
+                m_done = true;
+                return;
+            }
+        }
+    }
+
+    void handleSignals() {
+        uint32_t signals = m_terminal.takeSignals();
+        if (signals & (kHangUpOrTerminate)) return hangUp();
+        if (signals & tui::kSignalStop) {
+            m_terminal.suspend();
+            m_renderer.invalidate();
+        }
+        if (signals & (tui::kSignalResize | tui::kSignalContinue)) {
+            tui::Point size = m_terminal.size();
+            m_editor.setSize(size.x, size.y);
+            m_renderer.invalidate();
+        }
+    }
+
+    // The terminal is gone or the process is told to end: keep every unsaved text, then leave.
+    void hangUp() {
+        int kept = writeRecoveryFiles(m_editor);
+        (void)kept;
+        m_terminal.restore();
+        m_status = 1;
+        m_done = true;
+    }
+
+    void paint() {
+        if (m_done) return;
+        m_editor.draw(m_screen);
+        std::string out = m_renderer.render(m_screen);
+        out += m_editor.takeTerminalRequests();
+        if (!m_terminal.write(out)) hangUp();
+    }
+
+    static constexpr uint32_t kHangUpOrTerminate = tui::kSignalHangUp | tui::kSignalTerminate | tui::kSignalInterrupt;
+
+    Editor& m_editor;
+    tui::Terminal& m_terminal;
+    tui::Renderer m_renderer;
+    tui::InputDecoder m_decoder;
+    tui::Screen m_screen;
+    RunLoop::TimerId m_escapeTimer = 0;
+    bool m_done = false;
+    int m_status = 0;
+};
+
+}  // namespace
+
+std::string userKeyBindingsPath() {
+    return userConfigDirectory() + "/keys.selfml";
+}
+
+void loadUserKeyBindings(Editor& editor) {
+    auto text = readWholeFile(userKeyBindingsPath());
+    if (!text) return;
+    std::vector<std::string> problems;
+    editor.keyBindings().apply(*text, problems);
+    for (const auto& problem : problems) {
+        // Only the first problem fits on the message line; it names the file to fix.
+        editor.showError(userKeyBindingsPath() + ": " + problem);
+        break;
+    }
+}
+
+int runTerminalEditor(const std::vector<std::string>& paths) {
+    Editor editor;
+    loadUserKeyBindings(editor);
+    tui::Terminal terminal;
+    openStartupPaths(editor, paths);
+    terminal.enterRawMode();
+    tui::Point size = terminal.size();
+    editor.setSize(size.x, size.y);
+    offerRecoveredFiles(editor);
+    FrontEnd frontEnd(editor, terminal);
+    int status = frontEnd.run();
+    terminal.restore();
+    return status;
+}
+
+}  // namespace vx::editor

@@ -1,0 +1,125 @@
+// Runs every keystroke case under tests/data/keys/<group>/<case>/:
+//   in      the text before, with the selection marked: #[...|]# (caret on the | side)
+//   keys    the key script (see app/editor/session.hpp)
+//   out     the text and selection after
+//   screen  (optional) the first rows of the screen after, trailing blanks ignored
+//   size    (optional) the screen size, "WIDTHxHEIGHT" (default 60x12)
+// Each case runs with LF line breaks and again with CRLF.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "app/editor/session.hpp"
+#include "app/tui/utf8.hpp"
+
+namespace vx::editor {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<std::string> readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::stringstream buffer;
+    buffer << in.rdbuf();
+    std::string text = buffer.str();
+    if (!text.empty() && text.back() == '\n') text.pop_back();  // the file's own last line break
+    return text;
+}
+
+std::string withCrlf(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\n') out += '\r';
+        out += c;
+    }
+    return out;
+}
+
+struct Marked {
+    std::u16string text;
+    Selection selection;
+};
+
+Marked parseMarkup(const std::string& markup) {
+    std::u16string all = tui::utf8ToUtf16(markup);
+    size_t open = all.find(u"#[");
+    size_t close = all.find(u"]#");
+    if (open == std::u16string::npos || close == std::u16string::npos || close < open) return {all, {}};
+    std::u16string inside = all.substr(open + 2, close - open - 2);
+    bool caretFirst = !inside.empty() && inside.front() == u'|';
+    if (caretFirst) inside.erase(0, 1);
+    else if (!inside.empty() && inside.back() == u'|') inside.pop_back();
+    Marked marked;
+    marked.text = all.substr(0, open) + inside + all.substr(close + 2);
+    uint64_t start = open, end = open + inside.size();
+    marked.selection = caretFirst ? Selection{end, start} : Selection{start, end};
+    return marked;
+}
+
+std::string formatMarkup(const std::u16string& text, Selection selection) {
+    Range range = selection.range();
+    bool caretFirst = selection.caret < selection.anchor;
+    std::u16string out = text.substr(0, range.location) + u"#[" + (caretFirst ? u"|" : u"") +
+                         text.substr(range.location, range.length) + (caretFirst ? u"" : u"|") + u"]#" + text.substr(range.end());
+    return tui::utf16ToUtf8(out);
+}
+
+std::string trimRight(std::string text) {
+    while (!text.empty() && text.back() == ' ') text.pop_back();
+    return text;
+}
+
+TEST(KeyScripts, EveryCaseGivesItsExpectedTextSelectionAndScreen) {
+    fs::path root = fs::path(VX_TEST_DATA_DIR) / "keys";
+    int cases = 0;
+    std::vector<fs::path> directories;
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        if (entry.is_directory() && fs::exists(entry.path() / "keys")) directories.push_back(entry.path());
+    std::sort(directories.begin(), directories.end());
+    for (const auto& directory : directories) {
+        auto in = readFile(directory / "in");
+        auto keys = readFile(directory / "keys");
+        auto out = readFile(directory / "out");
+        ASSERT_TRUE(in && keys && out) << directory << " needs in, keys and out";
+        int width = 60, height = 12;
+        if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
+        auto screen = readFile(directory / "screen");
+        for (bool crlf : {false, true}) {
+            SCOPED_TRACE(directory.lexically_relative(root).string() + (crlf ? " (CRLF)" : " (LF)"));
+            Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
+            Session session(width, height);
+            Tab& opened = session.openText(start.text, start.selection);
+            // As a document read from a CRLF file would be set up.
+            if (crlf) opened.setLineBreak(u"\r\n");
+            session.send(*keys);
+            Tab* tab = session.editor().activeTab();
+            ASSERT_NE(tab, nullptr);
+            EXPECT_EQ(formatMarkup(tab->text().text(), tab->selection()), crlf ? withCrlf(*out) : *out);
+            if (screen && !crlf) {
+                std::istringstream rows(*screen);
+                std::string want;
+                for (int y = 0; std::getline(rows, want); ++y) EXPECT_EQ(trimRight(session.row(y)), trimRight(want)) << "row " << y;
+            }
+        }
+        ++cases;
+    }
+    EXPECT_GT(cases, 10);
+}
+
+TEST(KeyScripts, ScriptSyntaxErrorsNameTheToken) {
+    EXPECT_THROW(parseKeyScript("a<nokey>"), KeyScriptError);
+    EXPECT_THROW(parseKeyScript("<paste>abc"), KeyScriptError);
+    EXPECT_THROW(parseKeyScript("<click 1>"), KeyScriptError);
+    auto events = parseKeyScript("a\n<lt><ctrl+s><paste>x\ny</paste><click 3,4><resize 20x5>");
+    ASSERT_EQ(events.size(), 6u);
+    EXPECT_EQ(std::get<tui::KeyEvent>(events[1]).codepoint, U'<');
+    EXPECT_EQ(std::get<tui::PasteEvent>(events[3]).text, "x\ny");
+    EXPECT_EQ(std::get<tui::MouseEvent>(events[4]).y, 4);
+    EXPECT_EQ(std::get<tui::ResizeEvent>(events[5]).width, 20);
+}
+
+}  // namespace
+}  // namespace vx::editor
