@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/editor/files.hpp"
 #include "app/editor/line_layout.hpp"
 #include "app/tui/utf8.hpp"
 #include "app/tui/width.hpp"
@@ -50,6 +51,7 @@ std::string digitsOf(uint64_t value) {
 
 Editor::Editor() : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()) {
     registerEditingCommands(*this);
+    registerFileCommands(*this);
 }
 
 Editor::~Editor() = default;
@@ -135,6 +137,9 @@ void Editor::runCommand(const std::string& name) {
         showError("unknown command: " + name);
         return;
     }
+    // Whatever a command does, a run of typing ends here (saving must see the typed text as a
+    // finished change, and undo must not merge it with what comes next).
+    if (Tab* tab = activeTab()) tab->endTyping();
     // Copy: a command may replace the table (rebinding) while it runs.
     Command command = found->second;
     command(*this);

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "app/editor/memory_text_buffer.hpp"
+#include "app/editor/storage_text_buffer.hpp"
 #include "app/tui/utf8.hpp"
 
 namespace vx::editor {
@@ -80,7 +80,7 @@ Session::Session(int width, int height) {
 }
 
 Tab& Session::openText(std::u16string_view text, Selection selection) {
-    Tab& tab = m_editor.openTab(std::make_unique<Tab>(std::make_unique<MemoryTextBuffer>(std::u16string(text)), ""));
+    Tab& tab = m_editor.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(text), ""));
     tab.setSelection(selection);
     m_editor.revealCaret();
     return tab;

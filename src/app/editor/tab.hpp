@@ -46,7 +46,7 @@ public:
     void setPath(std::string path) { m_path = std::move(path); }
     // The file's name, or "untitled".
     std::string displayName() const;
-    bool isModified() const { return m_changeCount != m_savedChangeCount; }
+    bool isModified() const { return m_typing || m_changeCount != m_savedChangeCount; }
     void markSaved() { m_savedChangeCount = m_changeCount; }
 
     // What the status bar shows about the text.

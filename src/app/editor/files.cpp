@@ -1,0 +1,285 @@
+#include "app/editor/files.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+
+#include "app/editor/editor.hpp"
+#include "app/editor/storage_text_buffer.hpp"
+#include "app/tui/utf8.hpp"
+#include "platform/atomic_file.hpp"
+#include "platform/file_cache.hpp"
+#include "platform/paths.hpp"
+#include "syntax/selfml/sfonode.hpp"
+
+namespace vx::editor {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder's file list stops here; a folder this big wants the project's quick open.
+constexpr size_t kFileListLimit = 20000;
+
+// The samples `vx` opens with no arguments: copies in the user data folder, so trying the editor
+// out never changes the bundled originals.
+std::string samplesDirectory() {
+    std::string copies = userDataDirectory() + "/Samples";
+    std::error_code error;
+    fs::path bundled = (fs::path(bundledTrufflesDirectory()) / ".." / "samples").lexically_normal();
+    if (makeDirectories(copies)) {
+        for (const auto& file : fs::directory_iterator(bundled, error))
+            fs::copy_file(file.path(), fs::path(copies) / file.path().filename(), fs::copy_options::skip_existing, error);
+    }
+    return copies;
+}
+
+std::string absolutePath(const std::string& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    return error ? path : absolute.lexically_normal().string();
+}
+
+Tab* tabWithPath(Editor& editor, const std::string& path) {
+    for (size_t i = 0; i < editor.tabCount(); ++i)
+        if (editor.tab(i).path() == path) return &editor.tab(i);
+    return nullptr;
+}
+
+std::optional<size_t> indexOfTab(Editor& editor, const Tab* tab) {
+    for (size_t i = 0; i < editor.tabCount(); ++i)
+        if (&editor.tab(i) == tab) return i;
+    return std::nullopt;
+}
+
+// A self-ml string that holds any text: backticks, with a backtick written twice.
+std::string selfmlString(std::string_view text) {
+    std::string out = "`";
+    for (char c : text) {
+        if (c == '`') out += '`';
+        out += c;
+    }
+    return out + "`";
+}
+
+void saveThen(Editor& editor, Tab& tab, std::function<void(Editor&)> then);
+
+void askSaveAs(Editor& editor, Tab& tab, std::function<void(Editor&)> then) {
+    std::string initial = tab.path().empty() ? absolutePath(".") + "/" : tab.path();
+    Tab* target = &tab;
+    editor.showModal(std::make_unique<LinePrompt>("Save as: ", initial, [target, then](Editor& e, std::optional<std::string> path) {
+        if (!path || path->empty() || !indexOfTab(e, target)) return;
+        if (saveTab(e, *target, *path) && then) then(e);
+    }));
+}
+
+void saveThen(Editor& editor, Tab& tab, std::function<void(Editor&)> then) {
+    if (tab.path().empty()) return askSaveAs(editor, tab, std::move(then));
+    if (saveTab(editor, tab) && then) then(editor);
+}
+
+// Closes a tab, first asking what to do with unsaved changes; `then` runs once it is closed.
+void closeTabAsking(Editor& editor, Tab& tab, std::function<void(Editor&)> then) {
+    auto close = [target = &tab, then](Editor& e) {
+        if (auto index = indexOfTab(e, target)) e.closeTab(*index);
+        if (then) then(e);
+    };
+    if (!tab.isModified()) return close(editor);
+    if (auto index = indexOfTab(editor, &tab)) editor.activateTab(*index);
+    editor.showModal(std::make_unique<Alert>(
+        "Save changes to \u201c" + tab.displayName() + "\u201d?", "Your changes will be lost if you don't save them.",
+        std::vector<std::string>{"Save", "Don't Save", "Cancel"}, 2, [target = &tab, close](Editor& e, int button) {
+            if (!indexOfTab(e, target)) return;
+            if (button == 0) saveThen(e, *target, close);
+            else if (button == 1) close(e);
+        }));
+}
+
+// Quits once every tab with unsaved changes has been saved or given up, one prompt at a time.
+void quitAsking(Editor& editor) {
+    for (size_t i = 0; i < editor.tabCount(); ++i) {
+        if (editor.tab(i).isModified()) return closeTabAsking(editor, editor.tab(i), quitAsking);
+    }
+    editor.requestQuit();
+}
+
+std::vector<std::string> filesUnder(const std::string& folder) {
+    std::vector<std::string> files;
+    std::error_code error;
+    fs::recursive_directory_iterator it(folder, fs::directory_options::skip_permission_denied, error), end;
+    for (; !error && it != end; it.increment(error)) {
+        std::string name = it->path().filename().string();
+        if (!name.empty() && name[0] == '.') {
+            if (it->is_directory(error)) it.disable_recursion_pending();
+            continue;
+        }
+        if (it->is_regular_file(error)) files.push_back(it->path().lexically_relative(folder).string());
+        if (files.size() >= kFileListLimit) break;
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+}  // namespace
+
+bool openFile(Editor& editor, const std::string& givenPath) {
+    std::string path = absolutePath(givenPath);
+    if (Tab* open = tabWithPath(editor, path)) {
+        editor.activateTab(*indexOfTab(editor, open));
+        return true;
+    }
+    std::u16string text;
+    struct stat info{};
+    if (::stat(path.c_str(), &info) == 0) {
+        errno = 0;
+        auto bytes = readWholeFile(path);
+        if (!bytes) {
+            editor.showError("Cannot open " + givenPath + ": " + (errno ? std::strerror(errno) : "not a readable file"));
+            return false;
+        }
+        text = tui::utf8ToUtf16(*bytes);
+    } else {
+        editor.showMessage("New file: " + givenPath);
+    }
+    Tab& tab = editor.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(text), path));
+    (void)tab;
+    editor.revealCaret();
+    return true;
+}
+
+void showFileList(Editor& editor, const std::string& folder) {
+    std::string root = absolutePath(folder);
+    auto files = filesUnder(root);
+    editor.showModal(std::make_unique<ListMenu>("Open a file in " + root, files, 0, [root, files](Editor& e, int item) {
+        if (item >= 0) openFile(e, root + "/" + files[static_cast<size_t>(item)]);
+    }));
+}
+
+void openStartupPaths(Editor& editor, const std::vector<std::string>& paths) {
+    if (paths.empty()) {
+        std::string samples = samplesDirectory();
+        for (const char* name : {"welcome.selfml", "hello.c"}) openFile(editor, samples + "/" + name);
+        editor.activateTab(0);
+        editor.showMessage("Welcome to Vellumex. F1 lists the keys; Ctrl-Q quits.");
+        return;
+    }
+    std::string folder;
+    for (const auto& path : paths) {
+        std::error_code error;
+        if (fs::is_directory(path, error)) folder = path;
+        else openFile(editor, path);
+    }
+    if (editor.tabCount()) editor.activateTab(0);
+    if (!folder.empty()) showFileList(editor, folder);
+}
+
+bool saveTab(Editor& editor, Tab& tab, const std::string& givenPath) {
+    std::string path = givenPath.empty() ? tab.path() : absolutePath(givenPath);
+    std::string bytes = tui::utf16ToUtf8(tab.text().text());
+    struct stat info{};
+    std::optional<mode_t> mode;
+    if (::stat(path.c_str(), &info) == 0) mode = info.st_mode & 07777;
+    auto result = writeFileAtomically(path, bytes, mode);
+    if (!result.ok) {
+        editor.showError("Cannot save " + path + ": " + std::strerror(result.error));
+        return false;
+    }
+    tab.setPath(path);
+    tab.markSaved();
+    editor.showMessage("Saved " + path);
+    return true;
+}
+
+std::string recoveryDirectory() {
+    return userDataDirectory() + "/Recovery";
+}
+
+int writeRecoveryFiles(Editor& editor) {
+    std::string folder = recoveryDirectory();
+    int written = 0;
+    auto stamp = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+    for (size_t i = 0; i < editor.tabCount(); ++i) {
+        Tab& tab = editor.tab(i);
+        if (!tab.isModified()) continue;
+        if (!written && !makeDirectories(folder)) return 0;
+        std::string base = folder + "/" + std::to_string(stamp) + "-" + std::to_string(::getpid()) + "-" + std::to_string(i);
+        std::string info = "(recovered (path " + selfmlString(tab.path()) + ") (name " + selfmlString(tab.displayName()) + "))\n";
+        // The text first: an entry is only offered once its description exists.
+        if (writeFileAtomically(base + ".text", tui::utf16ToUtf8(tab.text().text())).ok &&
+            writeFileAtomically(base + ".selfml", info).ok)
+            ++written;
+    }
+    return written;
+}
+
+void offerRecoveredFiles(Editor& editor) {
+    struct Entry {
+        std::string base, path, name;
+    };
+    std::vector<Entry> entries;
+    std::error_code error;
+    for (const auto& file : fs::directory_iterator(recoveryDirectory(), error)) {
+        if (file.path().extension() != ".selfml") continue;
+        auto info = SFONode::nodeWithContentsOfFile(file.path().string());
+        auto recovered = info->nodeForKey("recovered");
+        if (!recovered) continue;
+        std::string base = (file.path().parent_path() / file.path().stem()).string();
+        entries.push_back({base, recovered->valueForKey("path").value_or(""), recovered->valueForKey("name").value_or("untitled")});
+    }
+    if (entries.empty()) return;
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.base < b.base; });
+    std::string names;
+    for (const auto& entry : entries) names += (names.empty() ? "" : ", ") + (entry.path.empty() ? entry.name : entry.path);
+    auto remove = [entries] {
+        for (const auto& entry : entries) {
+            std::error_code ignored;
+            fs::remove(entry.base + ".selfml", ignored);
+            fs::remove(entry.base + ".text", ignored);
+        }
+    };
+    editor.showModal(std::make_unique<Alert>(
+        "Unsaved changes were kept", "When Vellumex last stopped, it kept unsaved changes to " + names + ". Open them now?",
+        std::vector<std::string>{"Open", "Discard", "Later"}, 2, [entries, remove](Editor& e, int button) {
+            if (button == 2) return;
+            if (button == 0) {
+                for (const auto& entry : entries) {
+                    auto text = readWholeFile(entry.base + ".text");
+                    if (!text) continue;
+                    Tab* tab = nullptr;
+                    if (!entry.path.empty() && openFile(e, entry.path)) tab = e.activeTab();
+                    if (!tab) tab = &e.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(u""), ""));
+                    // The recovered text replaces what the file holds, as an unsaved change.
+                    tab->replaceRange({0, tab->text().length()}, tui::utf8ToUtf16(*text), Selection::caretAt(0));
+                }
+            }
+            remove();
+        }));
+}
+
+void registerFileCommands(Editor& editor) {
+    editor.addCommand("save", [](Editor& e) {
+        if (Tab* tab = e.activeTab()) saveThen(e, *tab, {});
+    });
+    editor.addCommand("save-as", [](Editor& e) {
+        if (Tab* tab = e.activeTab()) askSaveAs(e, *tab, {});
+    });
+    editor.addCommand("open", [](Editor& e) {
+        std::string folder = ".";
+        if (Tab* tab = e.activeTab(); tab && !tab->path().empty()) folder = fs::path(tab->path()).parent_path().string();
+        showFileList(e, folder);
+    });
+    editor.addCommand("new-file", [](Editor& e) {
+        e.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(u""), ""));
+    });
+    editor.addCommand("close-tab", [](Editor& e) {
+        if (Tab* tab = e.activeTab()) closeTabAsking(e, *tab, {});
+    });
+    editor.addCommand("quit", quitAsking);
+}
+
+}  // namespace vx::editor
