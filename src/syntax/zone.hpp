@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "platform/range.hpp"
@@ -13,8 +14,9 @@
 
 namespace vx {
 
-// Defined with the language definitions (syntax/zone_definition.hpp).
+// Defined with the language definitions (syntax/zone_definition.hpp, pattern_definition.hpp).
 class VXSyntaxZoneDefinition;
+struct VXSyntaxEndPatternInstance;
 
 // Which part of a zone an event stands for. The numbers are stored and printed.
 enum VXSXZoneEffectiveType : uint8_t {
@@ -58,6 +60,10 @@ struct VXSyntaxZone {
     Range semanticRange;
     // Captures collected for this zone's match, when the highlighter keeps them with the zone.
     std::vector<VXSXCapture> captures;
+    // For an open zone whose end pattern refers back to its start match (a heredoc's
+    // delimiter): that end pattern, built from this zone's start. Null otherwise. Shared per
+    // distinct text, so equal starts give equal zones.
+    std::shared_ptr<const VXSyntaxEndPatternInstance> endPattern;
 
     // The span the event touches: both ranges together.
     uint64_t startPoint() const { return range.location < semanticRange.location ? range.location : semanticRange.location; }

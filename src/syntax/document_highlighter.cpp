@@ -1,0 +1,141 @@
+#include "syntax/document_highlighter.hpp"
+
+#include <algorithm>
+
+namespace vx {
+
+std::vector<VXTextLine> splitTextLines(std::u16string_view text) {
+    std::vector<VXTextLine> lines;
+    uint64_t start = 0;
+    for (uint64_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (c != u'\n' && c != u'\r') continue;
+        uint64_t end = i + 1;
+        if (c == u'\r' && end < text.size() && text[end] == u'\n') ++end;
+        lines.push_back({start, i - start, end - start});
+        start = end;
+        i = end - 1;
+    }
+    lines.push_back({start, text.size() - start, text.size() - start});
+    return lines;
+}
+
+VXContext rootContextForRuleset(const VXSyntaxRuleset& ruleset) {
+    return VXContext::defaultContextForDocument(ruleset.scope, ruleset.rootDefinition());
+}
+
+std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset) {
+    std::vector<VXHighlightedLine> out;
+    VXSyntaxParseState state;
+    VXContext context = rootContextForRuleset(ruleset);
+    for (const VXTextLine& line : splitTextLines(text)) {
+        VXHighlightedLine highlighted{line, context, {}};
+        const VXSyntaxLine subject{text.substr(line.start, line.length), line.contentLength, line.start};
+        context = VXSyntaxParseLine(context, subject, highlighted.events, ruleset, &state);
+        out.push_back(std::move(highlighted));
+    }
+    return out;
+}
+
+namespace {
+
+// The scope stack through one line, from its events.
+class ScopeStack {
+public:
+    struct Entry {
+        VXScope scope;
+        const VXSyntaxZoneDefinition* definition;
+        VXSXZoneSemanticType semantic;
+    };
+    void push(const VXSyntaxZone& zone) { m_entries.push_back({zone.scope, zone.definition, zone.semanticType}); }
+    void pop(const VXSyntaxZone& zone) {
+        // The entry this event closes: the innermost with the same origin. Captures that cross
+        // (possible with look-around groups) close the right one even when it is not on top.
+        for (size_t i = m_entries.size(); i-- > 0;) {
+            const Entry& e = m_entries[i];
+            if (e.scope == zone.scope && e.definition == zone.definition && e.semantic == zone.semanticType) {
+                m_entries.erase(m_entries.begin() + static_cast<ptrdiff_t>(i));
+                return;
+            }
+        }
+    }
+    std::string text() const {
+        std::string out;
+        for (const Entry& e : m_entries) {
+            if (!out.empty()) out += ' ';
+            out += e.scope.stringRepresentation();
+        }
+        return out;
+    }
+
+private:
+    std::vector<Entry> m_entries;
+};
+
+}  // namespace
+
+std::string formatScopes(const std::vector<VXHighlightedLine>& lines) {
+    std::string out;
+    for (size_t n = 0; n < lines.size(); ++n) {
+        const VXHighlightedLine& line = lines[n];
+        out += "L" + std::to_string(n) + ":\n";
+        ScopeStack stack;
+        for (const VXSyntaxZone& zone : line.startContext) {
+            stack.push(zone);
+            if (zone.definition && !zone.definition->innerScope.isNil()) {
+                VXSyntaxZone inner = zone;
+                inner.scope = zone.definition->innerScope;
+                inner.semanticType = VXSXZoneSemanticTypeInner;
+                stack.push(inner);
+            }
+        }
+        const uint64_t contentLength = line.line.contentLength;
+        struct Run {
+            uint64_t start, end;
+            std::string scopes;
+        };
+        std::vector<Run> runs;
+        uint64_t column = 0;
+        auto advanceTo = [&](uint64_t to) {
+            to = std::min(to, contentLength);
+            if (to <= column) return;
+            std::string scopes = stack.text();
+            if (!runs.empty() && runs.back().end == column && runs.back().scopes == scopes) runs.back().end = to;
+            else runs.push_back({column, to, std::move(scopes)});
+            column = to;
+        };
+        const uint64_t base = line.line.start;
+        auto relative = [&](uint64_t location) { return location < base ? 0 : location - base; };
+        for (const VXSyntaxZone& zone : line.events) {
+            advanceTo(relative(zone.range.location));
+            switch (zone.effectiveType) {
+            case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
+            case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
+            case VXSXZoneEffectiveTypeWhole:
+                stack.push(zone);
+                advanceTo(relative(zone.range.end()));
+                stack.pop(zone);
+                break;
+            }
+        }
+        advanceTo(contentLength);
+        for (const Run& run : runs)
+            out += std::to_string(run.start) + "-" + std::to_string(run.end) + " " + run.scopes + "\n";
+    }
+    return out;
+}
+
+std::string formatEvents(const std::vector<VXHighlightedLine>& lines) {
+    std::string out;
+    for (size_t n = 0; n < lines.size(); ++n) {
+        out += "L" + std::to_string(n) + ":\n";
+        for (const VXSyntaxZone& zone : lines[n].events) {
+            out += std::to_string(zone.effectiveType) + " " + std::to_string(zone.semanticType) + " " +
+                   std::to_string(zone.range.location) + " " + std::to_string(zone.range.length) + " " +
+                   zone.scope.toString() + "\n";
+        }
+    }
+    return out;
+}
+
+}  // namespace vx

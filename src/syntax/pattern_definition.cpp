@@ -1,0 +1,299 @@
+#include "syntax/pattern_definition.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "syntax/mapped_string.hpp"
+#include "syntax/selfml/sfwriter.hpp"
+
+namespace vx {
+namespace {
+
+char16_t foldAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
+bool isAsciiLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
+bool isAsciiAlnum(char16_t c) { return isAsciiLetter(c) || (c >= u'0' && c <= u'9'); }
+
+void appendHex(std::u16string& out, uint32_t code) {
+    static const char16_t digits[] = u"0123456789ABCDEF";
+    char16_t buffer[8];
+    int n = 0;
+    do {
+        buffer[n++] = digits[code & 0xF];
+        code >>= 4;
+    } while (code);
+    out += u"\\x{";
+    while (n) out += buffer[--n];
+    out += u'}';
+}
+
+// A literal text as an expression that matches exactly it: ASCII letters and digits as they
+// are (letters as a two-letter class when case is ignored), anything else as a code point.
+// Ignoring case stays within ASCII, as the anchored comparison does. Nothing when the text holds
+// an unpaired surrogate, which no expression can name.
+std::optional<std::u16string> literalExpression(std::u16string_view text, bool caseInsensitive) {
+    std::u16string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (caseInsensitive && isAsciiLetter(c)) {
+            const char16_t lower = foldAscii(c);
+            out += u'[';
+            out += lower;
+            out += static_cast<char16_t>(lower - 32);
+            out += u']';
+        } else if (isAsciiAlnum(c)) {
+            out += c;
+        } else if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+            appendHex(out, 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+            ++i;
+        } else if (c >= 0xD800 && c <= 0xDFFF) {
+            return std::nullopt;
+        } else {
+            appendHex(out, c);
+        }
+    }
+    return out;
+}
+
+// \G means "where the search started", which differs between an anchored test and a search.
+bool usesSearchStart(std::u16string_view expression) {
+    for (size_t i = 0; i + 1 < expression.size(); ++i) {
+        if (expression[i] != u'\\') continue;
+        if (expression[i + 1] == u'G') return true;
+        ++i;
+    }
+    return false;
+}
+
+// NSString's intValue: optional blanks and sign, then digits; anything else reads as 0.
+long readIntValue(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
+
+std::string quoted(std::u16string_view text) {
+    std::string out;
+    SFWriteQuotedString(utf8FromUtf16(text), out);
+    return out;
+}
+
+}  // namespace
+
+// --- flags and the two tests ------------------------------------------------------------
+
+std::optional<uint64_t> VXSyntaxPatternDefinition::matchAt(const VXSyntaxLine& line, uint64_t position,
+                                                           OnigRegion* region, const VXRegex* instanceRegex) const {
+    const std::u16string_view text = line.text;
+    if (beforeWordBoundary && position > 0 && isSyntaxWordCharacter(text[position - 1])) return std::nullopt;
+    if (beforeAnchor && position != 0) return std::nullopt;
+    const std::optional<uint64_t> length = kindMatchAt(line, position, region, instanceRegex);
+    if (!length) return std::nullopt;
+    const uint64_t end = position + *length;
+    if (afterWordBoundary && end < text.size() && isSyntaxWordCharacter(text[end])) return std::nullopt;
+    if (afterAnchor && end < line.contentLength) return std::nullopt;
+    return length;
+}
+
+std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSpacing,
+                                   const VXSyntaxPatternDefinition& flags) {
+    const bool after = flags.afterWordBoundary || flags.afterAnchor;
+    if (!flags.beforeWordBoundary && !flags.beforeAnchor && !after) return body;
+    std::u16string out;
+    // Word characters are ASCII only, whatever the case option says.
+    if (flags.beforeWordBoundary) out += u"(?-i:(?<![A-Za-z0-9_]))";
+    if (flags.beforeAnchor) out += u"\\A";
+    // The flags are tested on the match the pattern itself makes: an atomic group keeps a
+    // failed right-hand test from backtracking into a different (shorter) match.
+    out += after && !atomic ? u"(?>" : u"(?:";
+    out += body;
+    if (freeSpacing) out += u'\n';  // ends a trailing comment
+    out += u')';
+    if (flags.afterWordBoundary) out += u"(?-i:(?![A-Za-z0-9_]))";
+    if (flags.afterAnchor) out += u"(?=(?:\\r\\n|\\n|\\r)?\\z)";
+    return out;
+}
+
+std::u16string VXSyntaxPatternDefinition::searchExpression() const {
+    std::u16string body = kindExpression();
+    if (body.empty()) return body;
+    return expressionWithFlags(std::move(body), kindExpressionIsAtomic(), searchOptions().freeSpacing, *this);
+}
+
+VXRegexOptions VXSyntaxPatternDefinition::searchOptions() const {
+    if (m_patternType != Regex) return {};
+    const auto& regex = static_cast<const VXSyntaxPatternRegexDefinition&>(*this);
+    return {caseInsensitive, regex.freeSpacing};
+}
+
+const VXRegex* VXSyntaxPatternDefinition::searchRegex() const {
+    std::call_once(m_searchOnce, [this] {
+        const std::u16string expression = searchExpression();
+        if (!expression.empty()) m_searchRegex = VXRegex::compile(expression, searchOptions());
+    });
+    return m_searchRegex.get();
+}
+
+std::string VXSyntaxPatternDefinition::flagsRepresentation() const {
+    std::string out;
+    if (beforeWordBoundary) out += " (boundary.left)";
+    if (afterWordBoundary) out += " (boundary.right)";
+    if (beforeAnchor) out += " (anchor.left)";
+    if (afterAnchor) out += " (anchor.right)";
+    if (caseInsensitive) out += " (ignore-case)";
+    return out;
+}
+
+// --- reading a pattern node -------------------------------------------------------------
+
+std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWithSFONode(const SFONodePtr& node) {
+    if (!node) return nullptr;
+    const bool both = node->nodeForKey("boundary.both") != nullptr;
+    const bool anchorBoth = node->nodeForKey("anchor.both") != nullptr;
+    const bool ignoreCase = node->nodeForKey("ignore-case") != nullptr;
+
+    std::unique_ptr<VXSyntaxPatternDefinition> pattern;
+    if (auto list = node->nodeForKey("list")) {
+        std::vector<std::u16string> words;
+        for (const auto& word : list->extractStrings())
+            if (!word.empty()) words.push_back(utf16FromUtf8(word));
+        if (words.empty()) return nullptr;
+        pattern = std::make_unique<VXSyntaxPatternListDefinition>(std::move(words), ignoreCase);
+    } else if (auto regex = node->nodeForKey("regex")) {
+        const auto strings = regex->extractStrings();
+        if (strings.empty() || strings.front().empty()) return nullptr;
+        std::vector<VXSyntaxCaptureDefinition> captures;
+        for (const auto& entry : regex->extractLists()) {
+            const std::string key = entry->head();
+            if (key.empty()) continue;
+            VXSyntaxCaptureDefinition capture;
+            const long index = readIntValue(key);
+            if (index != 0 || key == "0") capture.captureIndex = static_cast<int>(index);
+            else capture.captureName = key;
+            if (auto scope = entry->firstIfString()) capture.scope = VXScope(*scope);
+            captures.push_back(std::move(capture));
+        }
+        pattern = VXSyntaxPatternRegexDefinition::make(utf16FromUtf8(strings.front()), ignoreCase, std::move(captures));
+    } else {
+        const auto strings = node->extractStrings();
+        if (strings.empty() || strings.front().empty()) return nullptr;
+        pattern = std::make_unique<VXSyntaxPatternStringDefinition>(utf16FromUtf8(strings.front()));
+    }
+    if (!pattern) return nullptr;
+    pattern->beforeWordBoundary = both || node->nodeForKey("boundary.left") != nullptr;
+    pattern->afterWordBoundary = both || node->nodeForKey("boundary.right") != nullptr;
+    pattern->beforeAnchor = anchorBoth || node->nodeForKey("anchor.left") != nullptr;
+    pattern->afterAnchor = anchorBoth || node->nodeForKey("anchor.right") != nullptr;
+    pattern->caseInsensitive = ignoreCase;
+    return pattern;
+}
+
+// --- strings ----------------------------------------------------------------------------
+
+std::optional<uint64_t> VXSyntaxPatternStringDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
+                                                                     OnigRegion*, const VXRegex*) const {
+    if (line.text.size() - position < string.size()) return std::nullopt;
+    for (size_t i = 0; i < string.size(); ++i) {
+        const char16_t a = line.text[position + i];
+        const char16_t b = string[i];
+        if (a != b && !(caseInsensitive && foldAscii(a) == foldAscii(b))) return std::nullopt;
+    }
+    return string.size();
+}
+
+std::u16string VXSyntaxPatternStringDefinition::kindExpression() const {
+    return literalExpression(string, caseInsensitive).value_or(std::u16string());
+}
+
+std::string VXSyntaxPatternStringDefinition::selfmlDebuggingRepresentation() const {
+    return quoted(string) + flagsRepresentation();
+}
+
+// --- lists ------------------------------------------------------------------------------
+
+VXSyntaxPatternListDefinition::VXSyntaxPatternListDefinition(std::vector<std::u16string> words, bool ignoreCase)
+    : VXSyntaxPatternDefinition(List), strings(std::move(words)), hashTrie(strings, ignoreCase) {}
+
+std::optional<uint64_t> VXSyntaxPatternListDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
+                                                                   OnigRegion*, const VXRegex*) const {
+    return hashTrie.longestMatchAt(line.text, position);
+}
+
+std::u16string VXSyntaxPatternListDefinition::kindExpression() const {
+    // Longest words first: the first alternative that matches is then the longest word there.
+    std::vector<std::u16string> words = strings;
+    std::stable_sort(words.begin(), words.end(), [](const auto& a, const auto& b) { return a.size() > b.size(); });
+    std::u16string out = u"(?>";
+    for (size_t i = 0; i < words.size(); ++i) {
+        auto literal = literalExpression(words[i], caseInsensitive);
+        if (!literal) return {};
+        if (i) out += u'|';
+        out += *literal;
+    }
+    out += u')';
+    return out;
+}
+
+std::string VXSyntaxPatternListDefinition::selfmlDebuggingRepresentation() const {
+    std::string out = "(list";
+    for (const auto& word : strings) out += " " + quoted(word);
+    return out + ")" + flagsRepresentation();
+}
+
+// --- regular expressions ----------------------------------------------------------------
+
+std::unique_ptr<VXSyntaxPatternRegexDefinition> VXSyntaxPatternRegexDefinition::make(
+    std::u16string expression, bool ignoreCase, std::vector<VXSyntaxCaptureDefinition> captures) {
+    if (expression.empty()) return nullptr;
+    std::unique_ptr<VXSyntaxPatternRegexDefinition> pattern(new VXSyntaxPatternRegexDefinition());
+    pattern->caseInsensitive = ignoreCase;
+    // An expression written over several lines is read in free-spacing mode.
+    pattern->freeSpacing = expression.find_first_of(u"\r\n") != std::u16string::npos;
+    pattern->hasBackrefs = regexHasBackrefs(expression);
+    pattern->regexString = std::move(expression);
+    pattern->captures = std::move(captures);
+    pattern->regexObject = VXRegex::compile(pattern->regexString, {ignoreCase, pattern->freeSpacing});
+    // An end pattern with back-references is compiled per zone instance, so it may stay
+    // uncompiled here; the zone definition decides.
+    if (!pattern->regexObject && !pattern->hasBackrefs) return nullptr;
+    return pattern;
+}
+
+std::optional<uint64_t> VXSyntaxPatternRegexDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
+                                                                    OnigRegion* region,
+                                                                    const VXRegex* instanceRegex) const {
+    const VXRegex* regex = instanceRegex ? instanceRegex : regexObject.get();
+    if (!regex) return std::nullopt;
+    return regex->matchAt(line.text, position, region);
+}
+
+std::u16string VXSyntaxPatternRegexDefinition::kindExpression() const {
+    return usesSearchStart(regexString) ? std::u16string() : regexString;
+}
+
+std::shared_ptr<const VXSyntaxEndPatternInstance> VXSyntaxPatternRegexDefinition::instanceForStartMatch(
+    std::u16string_view line, const OnigRegion* startRegion) const {
+    std::u16string expanded = VXExpandBackrefsInRegex(regexString, [&](int group) -> std::optional<std::u16string> {
+        auto range = regionGroup(startRegion, group);
+        if (!range) return std::nullopt;
+        return std::u16string(line.substr(range->first, range->second));
+    });
+    std::lock_guard lock(m_instancesMutex);
+    auto& slot = m_instances[expanded];
+    if (!slot) {
+        auto instance = std::make_shared<VXSyntaxEndPatternInstance>();
+        const VXRegexOptions options{caseInsensitive, freeSpacing};
+        instance->anchored = VXRegex::compile(expanded, options);
+        if (instance->anchored && !usesSearchStart(expanded))
+            instance->search = VXRegex::compile(expressionWithFlags(expanded, false, freeSpacing, *this), options);
+        slot = std::move(instance);
+    }
+    return slot;
+}
+
+std::string VXSyntaxPatternRegexDefinition::selfmlDebuggingRepresentation() const {
+    std::string out = "(regex " + quoted(regexString);
+    for (const auto& capture : captures) {
+        out += " (" + (capture.captureIndex ? std::to_string(*capture.captureIndex) : capture.captureName);
+        if (!capture.scope.isNil()) out += " " + capture.scope.toString();
+        out += ")";
+    }
+    return out + ")" + flagsRepresentation();
+}
+
+}  // namespace vx

@@ -1,0 +1,157 @@
+// The patterns of a zone definition: a literal string, a list of words, or a regular
+// expression with capture scopes; each with the boundary, anchor and ignore-case flags.
+//
+//     (match (regex [(\w+)\s*\(] (1 entity.name.function)) (boundary.left))
+//     (start (list if else while) (boundary.both))
+//     (end `"`)
+//
+// A pattern answers two questions: whether it matches anchored at one position (the test the
+// line loop is defined by), and what expression finds its next match further along a line
+// (the same test written so that Oniguruma can search for it; see candidate_set.hpp).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "syntax/hash_trie.hpp"
+#include "syntax/regex.hpp"
+#include "syntax/scope.hpp"
+#include "syntax/selfml/sfonode.hpp"
+
+namespace vx {
+
+// The text a pattern is matched against: one line with its line break, and where its content
+// (the text before the break) ends. Positions are relative to the line's start.
+struct VXSyntaxLine {
+    std::u16string_view text;
+    uint64_t contentLength = 0;
+    uint64_t documentOffset = 0;  // where the line starts in the document
+};
+
+// Word characters, for the boundary flags: ASCII letters, ASCII digits and "_" only.
+inline bool isSyntaxWordCharacter(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'_';
+}
+
+struct VXSyntaxCaptureDefinition {
+    std::optional<int> captureIndex;
+    std::string captureName;  // when there is no index
+    VXScope scope;            // nil when the entry has no scope
+};
+
+// An expression compiled for one zone instance from its start match (back-references).
+struct VXSyntaxEndPatternInstance {
+    std::shared_ptr<const VXRegex> anchored;  // null when the expanded text does not compile
+    std::shared_ptr<const VXRegex> search;    // the flags written into the expression
+};
+
+class VXSyntaxPatternDefinition {
+public:
+    enum Kind : uint32_t { String = 0, List = 1, Regex = 2 };
+
+    // The right kind for a start, end or match node, or nothing (empty string, empty list,
+    // empty or broken expression).
+    static std::unique_ptr<VXSyntaxPatternDefinition> patternWithSFONode(const SFONodePtr& node);
+    virtual ~VXSyntaxPatternDefinition() = default;
+
+    uint32_t patternType() const { return m_patternType; }
+    bool beforeWordBoundary = false;
+    bool afterWordBoundary = false;
+    bool beforeAnchor = false;
+    bool afterAnchor = false;
+    bool caseInsensitive = false;
+
+    // The length of the match anchored at `position`, boundary and anchor flags included.
+    // Regex patterns fill `region` (which must not be null for them).
+    std::optional<uint64_t> matchAt(const VXSyntaxLine& line, uint64_t position, OnigRegion* region,
+                                    const VXRegex* instanceRegex = nullptr) const;
+
+    // An expression that matches at a position exactly when matchAt does, so that a search
+    // finds the leftmost position where matchAt would succeed; empty when there is none (an
+    // expression that uses \G, whose meaning depends on where a search starts).
+    std::u16string searchExpression() const;
+    VXRegexOptions searchOptions() const;
+    // The search expression compiled once (null when there is none or it does not compile).
+    const VXRegex* searchRegex() const;
+
+    virtual std::string selfmlDebuggingRepresentation() const = 0;
+
+protected:
+    explicit VXSyntaxPatternDefinition(uint32_t type) : m_patternType(type) {}
+    // The kind's own anchored test, without flags.
+    virtual std::optional<uint64_t> kindMatchAt(const VXSyntaxLine& line, uint64_t position, OnigRegion* region,
+                                                const VXRegex* instanceRegex) const = 0;
+    // The kind's own expression, without flags; empty when it cannot be written as one.
+    virtual std::u16string kindExpression() const = 0;
+    // Whether kindExpression already commits to one match (so no atomic group is needed).
+    virtual bool kindExpressionIsAtomic() const { return false; }
+    std::string flagsRepresentation() const;
+
+private:
+    uint32_t m_patternType;
+    mutable std::once_flag m_searchOnce;
+    mutable std::shared_ptr<const VXRegex> m_searchRegex;
+};
+
+class VXSyntaxPatternStringDefinition : public VXSyntaxPatternDefinition {
+public:
+    explicit VXSyntaxPatternStringDefinition(std::u16string text) : VXSyntaxPatternDefinition(String), string(std::move(text)) {}
+    std::u16string string;
+    std::string selfmlDebuggingRepresentation() const override;
+
+protected:
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::u16string kindExpression() const override;
+};
+
+class VXSyntaxPatternListDefinition : public VXSyntaxPatternDefinition {
+public:
+    VXSyntaxPatternListDefinition(std::vector<std::u16string> words, bool caseInsensitive);
+    std::vector<std::u16string> strings;
+    VXHashTrie hashTrie;
+    std::string selfmlDebuggingRepresentation() const override;
+
+protected:
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::u16string kindExpression() const override;
+    bool kindExpressionIsAtomic() const override { return true; }
+};
+
+class VXSyntaxPatternRegexDefinition : public VXSyntaxPatternDefinition {
+public:
+    std::u16string regexString;
+    std::shared_ptr<const VXRegex> regexObject;  // compiled when the definition is built
+    bool freeSpacing = false;
+    bool hasBackrefs = false;
+    std::vector<VXSyntaxCaptureDefinition> captures;
+
+    // Builds and compiles; nothing when the expression is empty or (without back-references)
+    // does not compile.
+    static std::unique_ptr<VXSyntaxPatternRegexDefinition> make(std::u16string expression, bool caseInsensitive,
+                                                                std::vector<VXSyntaxCaptureDefinition> captures);
+    // The expression for one zone instance: back-references replaced by the escaped text of
+    // the start match's groups; compiled once per distinct text and shared.
+    std::shared_ptr<const VXSyntaxEndPatternInstance> instanceForStartMatch(std::u16string_view line,
+                                                                           const OnigRegion* startRegion) const;
+    std::string selfmlDebuggingRepresentation() const override;
+
+protected:
+    VXSyntaxPatternRegexDefinition() : VXSyntaxPatternDefinition(Regex) {}
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::u16string kindExpression() const override;
+
+private:
+    mutable std::mutex m_instancesMutex;
+    mutable std::unordered_map<std::u16string, std::shared_ptr<const VXSyntaxEndPatternInstance>> m_instances;
+};
+
+// Wraps an expression so that the pattern's flags are tested inside it.
+std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSpacing,
+                                   const VXSyntaxPatternDefinition& flags);
+
+}  // namespace vx
