@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/log.hpp"
+#include "syntax/onig_handles.hpp"
 
 namespace vx {
 namespace {
@@ -36,38 +37,38 @@ VXCandidateSet::VXCandidateSet(const VXSyntaxZoneDefinition& owner, const VXSynt
     }
 }
 
-OnigRegSetPtr VXCandidateSet::buildRegSet() const {
+VXRegexSetPtr VXCandidateSet::buildRegSet() const {
     // A set owns the expressions put into it, so it gets its own compiled copies.
     std::vector<OnigRegexPtr> owned;
     for (uint32_t index : m_setToCandidate) {
         const auto& candidate = m_candidates[index];
         const VXSyntaxPatternDefinition* pattern = candidate.definition->pattern(candidate.patternType);
-        OnigRegexPtr regex = VXRegex::compileHandle(pattern->searchExpression(), pattern->searchOptions());
+        OnigRegexPtr regex = compileOnigRegex(pattern->searchExpression(), pattern->searchOptions());
         if (!regex) return {};
         owned.push_back(std::move(regex));
     }
     OnigRegSet* raw = nullptr;
     if (onig_regset_new(&raw, 0, nullptr) != ONIG_NORMAL) return {};
-    OnigRegSetPtr set(raw);
+    VXRegexSetPtr set(vxSet(raw));
     for (auto& regex : owned) {
-        if (onig_regset_add(set.get(), regex.get()) != ONIG_NORMAL) return {};
+        if (onig_regset_add(onigSet(set.get()), regex.get()) != ONIG_NORMAL) return {};
         regex.release();  // the set frees it now
     }
     return set;
 }
 
-OnigRegSet* VXCandidateSet::acquireRegSet() const {
+VXRegexSet* VXCandidateSet::acquireRegSet() const {
     if (m_setToCandidate.empty()) return nullptr;
     {
         std::lock_guard lock(m_poolMutex);
         if (m_setFailed) return nullptr;
         if (!m_pool.empty()) {
-            OnigRegSet* set = m_pool.back().release();
+            VXRegexSet* set = m_pool.back().release();
             m_pool.pop_back();
             return set;
         }
     }
-    OnigRegSetPtr set = buildRegSet();
+    VXRegexSetPtr set = buildRegSet();
     if (!set) {
         VX_LOG_DEBUG("syntax", "regex set could not be built; candidates are tried one position at a time");
         std::lock_guard lock(m_poolMutex);
@@ -77,14 +78,14 @@ OnigRegSet* VXCandidateSet::acquireRegSet() const {
     return set.release();
 }
 
-void VXCandidateSet::releaseRegSet(OnigRegSet* set) const {
+void VXCandidateSet::releaseRegSet(VXRegexSet* set) const {
     if (!set) return;
     std::lock_guard lock(m_poolMutex);
     m_pool.emplace_back(set);
 }
 
-std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& line, uint64_t from, OnigRegSet* set,
-                                                            OnigRegion* region) const {
+std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& line, uint64_t from, VXRegexSet* set,
+                                                            VXRegexRegion* region) const {
     // Candidates are tried only before the content end (see the line loop). The set searches
     // to the line's end, as a shorter range is not reliably exclusive, and its answer is checked.
     const uint64_t limit = line.contentLength;
@@ -97,7 +98,7 @@ std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& 
         const OnigUChar* str = onigBytes(line.text.data());
         const OnigUChar* end = str + line.text.size() * 2;
         int position = 0;
-        const int r = onig_regset_search(set, str, end, str + from * 2, end, ONIG_REGSET_POSITION_LEAD,
+        const int r = onig_regset_search(onigSet(set), str, end, str + from * 2, end, ONIG_REGSET_POSITION_LEAD,
                                          ONIG_OPTION_NONE, &position);
         if (r >= 0 && static_cast<uint64_t>(position) / 2 < limit) {
             found = static_cast<uint64_t>(position) / 2;

@@ -52,20 +52,20 @@ public:
     // candidate matches, with the earliest candidate there. `set` is a regex set borrowed from
     // this candidate set (null when none could be had: then every candidate is tried position
     // by position); `region` is scratch for anchored tests.
-    std::optional<Found> search(const VXSyntaxLine& line, uint64_t from, OnigRegSet* set, OnigRegion* region) const;
+    std::optional<Found> search(const VXSyntaxLine& line, uint64_t from, VXRegexSet* set, VXRegexRegion* region) const;
 
     // Borrows a regex set for one thread; null when no candidate is searchable.
-    OnigRegSet* acquireRegSet() const;
-    void releaseRegSet(OnigRegSet* set) const;
+    VXRegexSet* acquireRegSet() const;
+    void releaseRegSet(VXRegexSet* set) const;
 
 private:
-    OnigRegSetPtr buildRegSet() const;
+    VXRegexSetPtr buildRegSet() const;
 
     std::vector<VXSyntaxCandidate> m_candidates;
     std::vector<uint32_t> m_setToCandidate;  // regex set index -> candidate index
     std::vector<uint32_t> m_positional;      // candidates tried position by position
     mutable std::mutex m_poolMutex;
-    mutable std::vector<OnigRegSetPtr> m_pool;
+    mutable std::vector<VXRegexSetPtr> m_pool;
     mutable bool m_setFailed = false;
 };
 

@@ -24,7 +24,7 @@ const VXSyntaxPatternRegexDefinition* backrefEndPattern(const VXSyntaxZoneDefini
 
 // The leftmost position at or after `from` (up to the content end, inclusive) where the
 // innermost zone's end matches, or kNotFound.
-uint64_t searchEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t from, OnigRegion* region) {
+uint64_t searchEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) {
     const VXSyntaxZone& zone = stack.top().zone;
     const VXSyntaxZoneDefinition& definition = *zone.definition;
     const VXRegex* search = nullptr;
@@ -69,10 +69,10 @@ VXSyntaxParseState::~VXSyntaxParseState() {
     for (auto& [set, regSet] : m_borrowed) set->releaseRegSet(regSet);
 }
 
-OnigRegSet* VXSyntaxParseState::regSetFor(const VXCandidateSet& set) {
+VXRegexSet* VXSyntaxParseState::regSetFor(const VXCandidateSet& set) {
     for (auto& [owner, regSet] : m_borrowed)
         if (owner == &set) return regSet;
-    OnigRegSet* regSet = set.acquireRegSet();
+    VXRegexSet* regSet = set.acquireRegSet();
     m_borrowed.emplace_back(&set, regSet);
     return regSet;
 }
@@ -81,7 +81,7 @@ OnigRegSet* VXSyntaxParseState::regSetFor(const VXCandidateSet& set) {
 
 std::optional<uint64_t> VXSyntaxParseHasMatch(const VXSyntaxZoneDefinition& definition, const VXSyntaxZone* zone,
                                               VXSXMatchPatternType patternType, const VXSyntaxLine& line,
-                                              uint64_t position, OnigRegion* region) {
+                                              uint64_t position, VXRegexRegion* region) {
     const VXSyntaxPatternDefinition* pattern = definition.pattern(patternType);
     if (!pattern) return std::nullopt;
     const VXRegex* instance = nullptr;
@@ -93,7 +93,7 @@ std::optional<uint64_t> VXSyntaxParseHasMatch(const VXSyntaxZoneDefinition& defi
 }
 
 std::optional<uint64_t> VXSyntaxParseAttemptEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t position,
-                                                OnigRegion* region) {
+                                                VXRegexRegion* region) {
     if (stack.empty()) return std::nullopt;
     const VXSyntaxZone& zone = stack.top().zone;
     if (!zone.definition || !zone.definition->isStartEnd()) return std::nullopt;
@@ -104,7 +104,7 @@ std::optional<VXSyntaxMatch> VXSyntaxParseZonesForLine(std::span<const VXSyntaxZ
                                                        const VXSyntaxRuleset* base, const VXSyntaxLine& line,
                                                        uint64_t position,
                                                        std::vector<const VXSyntaxZoneDefinition*>& visited,
-                                                       OnigRegion* region) {
+                                                       VXRegexRegion* region) {
     for (const VXSyntaxZoneDefinition* definition : definitions) {
         if (std::find(visited.begin(), visited.end(), definition) != visited.end()) continue;
         if (definition->isGroup()) {
@@ -149,7 +149,7 @@ uint64_t VXSyntaxPositionAfterMatch(const VXSyntaxLine& line, uint64_t position,
 
 // --- events -----------------------------------------------------------------------------
 
-void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const OnigRegion* region,
+void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const VXRegexRegion* region,
                               const VXSyntaxLine& line, uint32_t parent, std::vector<VXSyntaxZone>& events) {
     if (pattern.patternType() != VXSyntaxPatternDefinition::Regex || !region) return;
     const auto& regexPattern = static_cast<const VXSyntaxPatternRegexDefinition&>(pattern);
@@ -170,7 +170,7 @@ void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const On
         int group = -1;
         if (capture.captureIndex) group = *capture.captureIndex;
         else if (regexPattern.regexObject)
-            group = regexPattern.regexObject->groupNumberForName(capture.captureName, const_cast<OnigRegion*>(region));
+            group = regexPattern.regexObject->groupNumberForName(capture.captureName, const_cast<VXRegexRegion*>(region));
         const auto range = regionGroup(region, group);
         if (!range) continue;
         found[count] = {capture.scope, range->first, range->second, count};
@@ -224,7 +224,7 @@ void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const On
 }
 
 void VXSyntaxEmitMatch(const VXSyntaxZoneDefinition& definition, uint64_t position, uint64_t length,
-                       const OnigRegion* region, const VXSyntaxLine& line, VXSyntaxZoneStack& stack,
+                       const VXRegexRegion* region, const VXSyntaxLine& line, VXSyntaxZoneStack& stack,
                        std::vector<VXSyntaxZone>& events) {
     const Range match = documentRange(line, position, length);
     const uint32_t parent = innermostIndex(stack);
@@ -263,7 +263,7 @@ void VXSyntaxEmitMatch(const VXSyntaxZoneDefinition& definition, uint64_t positi
     emit(definition.scope, VXSXZoneEffectiveTypeEnd, VXSXZoneSemanticTypeMatch, atEnd, parent);
 }
 
-void VXSyntaxEmitEnd(VXSyntaxZoneStack& stack, uint64_t position, uint64_t length, const OnigRegion* region,
+void VXSyntaxEmitEnd(VXSyntaxZoneStack& stack, uint64_t position, uint64_t length, const VXRegexRegion* region,
                      const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events) {
     VXSyntaxOpenZone open = VXSA_Pop(stack);
     const VXSyntaxZoneDefinition& definition = *open.zone.definition;
@@ -287,7 +287,7 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
     VXSyntaxParseState localState;
     if (!state) state = &localState;
     state->lineSearches.clear();
-    OnigRegion* region = state->region();
+    VXRegexRegion* region = state->region();
 
     VXSyntaxZoneStack stack;
     VXSyntaxLoadStack(incoming, stack);

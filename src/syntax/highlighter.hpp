@@ -48,8 +48,8 @@ public:
     VXSyntaxParseState(const VXSyntaxParseState&) = delete;
     VXSyntaxParseState& operator=(const VXSyntaxParseState&) = delete;
 
-    OnigRegion* region() { return m_region.get(); }
-    OnigRegSet* regSetFor(const VXCandidateSet& set);
+    VXRegexRegion* region() { return m_region.get(); }
+    VXRegexSet* regSetFor(const VXCandidateSet& set);
 
     // Where each candidate set's last search on the current line left off.
     struct CachedSearch {
@@ -60,8 +60,8 @@ public:
     std::vector<CachedSearch> lineSearches;
 
 private:
-    OnigRegionPtr m_region;
-    std::vector<std::pair<const VXCandidateSet*, OnigRegSet*>> m_borrowed;
+    VXRegexRegionPtr m_region;
+    std::vector<std::pair<const VXCandidateSet*, VXRegexSet*>> m_borrowed;
 };
 
 // Highlights one line: appends its events to `events` (document offsets) and answers the
@@ -75,10 +75,10 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
 // end is tested (its start match built the end pattern when that refers back to it).
 std::optional<uint64_t> VXSyntaxParseHasMatch(const VXSyntaxZoneDefinition& definition, const VXSyntaxZone* zone,
                                               VXSXMatchPatternType patternType, const VXSyntaxLine& line,
-                                              uint64_t position, OnigRegion* region);
+                                              uint64_t position, VXRegexRegion* region);
 // Tests the end pattern of the innermost open zone at a position.
 std::optional<uint64_t> VXSyntaxParseAttemptEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t position,
-                                                OnigRegion* region);
+                                                VXRegexRegion* region);
 
 struct VXSyntaxMatch {
     const VXSyntaxZoneDefinition* definition = nullptr;
@@ -90,7 +90,7 @@ std::optional<VXSyntaxMatch> VXSyntaxParseZonesForLine(std::span<const VXSyntaxZ
                                                        const VXSyntaxRuleset* base, const VXSyntaxLine& line,
                                                        uint64_t position,
                                                        std::vector<const VXSyntaxZoneDefinition*>& visited,
-                                                       OnigRegion* region);
+                                                       VXRegexRegion* region);
 
 // The definition whose subzones are the candidates: the innermost open zone's, or the root.
 const VXSyntaxZoneDefinition& VXSyntaxCandidateOwner(VXSyntaxZoneStack& stack, const VXSyntaxRuleset& ruleset);
@@ -101,14 +101,14 @@ VXContext VXSyntaxContextFromStack(VXSyntaxZoneStack& stack);
 // Reports a winning match zone, or opens a start/end zone (pushing it), for the match at
 // [position, position + length) whose groups are in `region`.
 void VXSyntaxEmitMatch(const VXSyntaxZoneDefinition& definition, uint64_t position, uint64_t length,
-                       const OnigRegion* region, const VXSyntaxLine& line, VXSyntaxZoneStack& stack,
+                       const VXRegexRegion* region, const VXSyntaxLine& line, VXSyntaxZoneStack& stack,
                        std::vector<VXSyntaxZone>& events);
 // Ends the innermost open zone with the end match at [position, position + length).
-void VXSyntaxEmitEnd(VXSyntaxZoneStack& stack, uint64_t position, uint64_t length, const OnigRegion* region,
+void VXSyntaxEmitEnd(VXSyntaxZoneStack& stack, uint64_t position, uint64_t length, const VXRegexRegion* region,
                      const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events);
 // Capture events of one match, nested: an earlier start is outside, and of two captures that
 // start together the longer is outside; an end comes before a start at the same position.
-void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const OnigRegion* region,
+void VXSyntaxDealWithCaptures(const VXSyntaxPatternDefinition& pattern, const VXRegexRegion* region,
                               const VXSyntaxLine& line, uint32_t parent, std::vector<VXSyntaxZone>& events);
 
 // How the empty-match rule moves the position: answers the next position and updates the

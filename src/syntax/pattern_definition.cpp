@@ -78,7 +78,7 @@ std::string quoted(std::u16string_view text) {
 // --- flags and the two tests ------------------------------------------------------------
 
 std::optional<uint64_t> VXSyntaxPatternDefinition::matchAt(const VXSyntaxLine& line, uint64_t position,
-                                                           OnigRegion* region, const VXRegex* instanceRegex) const {
+                                                           VXRegexRegion* region, const VXRegex* instanceRegex) const {
     const std::u16string_view text = line.text;
     if (beforeWordBoundary && position > 0 && isSyntaxWordCharacter(text[position - 1])) return std::nullopt;
     if (beforeAnchor && position != 0) return std::nullopt;
@@ -186,7 +186,7 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
 // --- strings ----------------------------------------------------------------------------
 
 std::optional<uint64_t> VXSyntaxPatternStringDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
-                                                                     OnigRegion*, const VXRegex*) const {
+                                                                     VXRegexRegion*, const VXRegex*) const {
     if (line.text.size() - position < string.size()) return std::nullopt;
     for (size_t i = 0; i < string.size(); ++i) {
         const char16_t a = line.text[position + i];
@@ -210,7 +210,7 @@ VXSyntaxPatternListDefinition::VXSyntaxPatternListDefinition(std::vector<std::u1
     : VXSyntaxPatternDefinition(List), strings(std::move(words)), hashTrie(strings, ignoreCase) {}
 
 std::optional<uint64_t> VXSyntaxPatternListDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
-                                                                   OnigRegion*, const VXRegex*) const {
+                                                                   VXRegexRegion*, const VXRegex*) const {
     return hashTrie.longestMatchAt(line.text, position);
 }
 
@@ -255,7 +255,7 @@ std::unique_ptr<VXSyntaxPatternRegexDefinition> VXSyntaxPatternRegexDefinition::
 }
 
 std::optional<uint64_t> VXSyntaxPatternRegexDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
-                                                                    OnigRegion* region,
+                                                                    VXRegexRegion* region,
                                                                     const VXRegex* instanceRegex) const {
     const VXRegex* regex = instanceRegex ? instanceRegex : regexObject.get();
     if (!regex) return std::nullopt;
@@ -267,7 +267,7 @@ std::u16string VXSyntaxPatternRegexDefinition::kindExpression() const {
 }
 
 std::shared_ptr<const VXSyntaxEndPatternInstance> VXSyntaxPatternRegexDefinition::instanceForStartMatch(
-    std::u16string_view line, const OnigRegion* startRegion) const {
+    std::u16string_view line, const VXRegexRegion* startRegion) const {
     std::u16string expanded = VXExpandBackrefsInRegex(regexString, [&](int group) -> std::optional<std::u16string> {
         auto range = regionGroup(startRegion, group);
         if (!range) return std::nullopt;

@@ -68,7 +68,7 @@ public:
 
     // The length of the match anchored at `position`, boundary and anchor flags included.
     // Regex patterns fill `region` (which must not be null for them).
-    std::optional<uint64_t> matchAt(const VXSyntaxLine& line, uint64_t position, OnigRegion* region,
+    std::optional<uint64_t> matchAt(const VXSyntaxLine& line, uint64_t position, VXRegexRegion* region,
                                     const VXRegex* instanceRegex = nullptr) const;
 
     // An expression that matches at a position exactly when matchAt does, so that a search
@@ -84,7 +84,7 @@ public:
 protected:
     explicit VXSyntaxPatternDefinition(uint32_t type) : m_patternType(type) {}
     // The kind's own anchored test, without flags.
-    virtual std::optional<uint64_t> kindMatchAt(const VXSyntaxLine& line, uint64_t position, OnigRegion* region,
+    virtual std::optional<uint64_t> kindMatchAt(const VXSyntaxLine& line, uint64_t position, VXRegexRegion* region,
                                                 const VXRegex* instanceRegex) const = 0;
     // The kind's own expression, without flags; empty when it cannot be written as one.
     virtual std::u16string kindExpression() const = 0;
@@ -105,7 +105,7 @@ public:
     std::string selfmlDebuggingRepresentation() const override;
 
 protected:
-    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
     std::u16string kindExpression() const override;
 };
 
@@ -117,7 +117,7 @@ public:
     std::string selfmlDebuggingRepresentation() const override;
 
 protected:
-    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
     std::u16string kindExpression() const override;
     bool kindExpressionIsAtomic() const override { return true; }
 };
@@ -137,12 +137,12 @@ public:
     // The expression for one zone instance: back-references replaced by the escaped text of
     // the start match's groups; compiled once per distinct text and shared.
     std::shared_ptr<const VXSyntaxEndPatternInstance> instanceForStartMatch(std::u16string_view line,
-                                                                           const OnigRegion* startRegion) const;
+                                                                           const VXRegexRegion* startRegion) const;
     std::string selfmlDebuggingRepresentation() const override;
 
 protected:
     VXSyntaxPatternRegexDefinition() : VXSyntaxPatternDefinition(Regex) {}
-    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, OnigRegion*, const VXRegex*) const override;
+    std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
     std::u16string kindExpression() const override;
 
 private:

@@ -1,5 +1,7 @@
 #include "syntax/regex.hpp"
 
+#include "syntax/onig_handles.hpp"
+
 #include <mutex>
 
 #include "platform/log.hpp"
@@ -24,7 +26,13 @@ std::string onigErrorText(int code, OnigErrorInfo* info) {
 
 }  // namespace
 
-OnigRegionPtr makeRegion() { return OnigRegionPtr(onig_region_new()); }
+void VXRegexRegionDeleter::operator()(VXRegexRegion* region) const { onig_region_free(onigRegion(region), 1); }
+void VXRegexSetDeleter::operator()(VXRegexSet* set) const { onig_regset_free(onigSet(set)); }
+
+VXRegexRegionPtr makeRegion() { return VXRegexRegionPtr(reinterpret_cast<VXRegexRegion*>(onig_region_new())); }
+
+VXRegex::VXRegex(std::unique_ptr<Handle> handle) : m_handle(std::move(handle)) {}
+VXRegex::~VXRegex() = default;
 
 OnigOptionType regexCompileOptions(VXRegexOptions options) {
     OnigOptionType bits = ONIG_OPTION_MULTILINE | ONIG_OPTION_NEGATE_SINGLELINE | ONIG_OPTION_CAPTURE_GROUP;
@@ -33,7 +41,7 @@ OnigOptionType regexCompileOptions(VXRegexOptions options) {
     return bits;
 }
 
-OnigRegexPtr VXRegex::compileHandle(std::u16string_view pattern, VXRegexOptions options) {
+OnigRegexPtr compileOnigRegex(std::u16string_view pattern, VXRegexOptions options) {
     if (pattern.empty()) return {};
     initializeOniguruma();
     OnigRegex raw = nullptr;
@@ -51,40 +59,41 @@ OnigRegexPtr VXRegex::compileHandle(std::u16string_view pattern, VXRegexOptions 
 }
 
 std::shared_ptr<const VXRegex> VXRegex::compile(std::u16string_view pattern, VXRegexOptions options) {
-    OnigRegexPtr handle = compileHandle(pattern, options);
-    if (!handle) return nullptr;
-    return std::make_shared<const VXRegex>(std::move(handle));
+    OnigRegexPtr regex = compileOnigRegex(pattern, options);
+    if (!regex) return nullptr;
+    return std::make_shared<const VXRegex>(std::make_unique<VXRegex::Handle>(VXRegex::Handle{std::move(regex)}));
 }
 
-std::optional<uint64_t> VXRegex::matchAt(std::u16string_view subject, uint64_t at, OnigRegion* region) const {
+std::optional<uint64_t> VXRegex::matchAt(std::u16string_view subject, uint64_t at, VXRegexRegion* region) const {
     const OnigUChar* str = onigBytes(subject.data());
-    const int r = onig_match(m_regex.get(), str, str + subject.size() * 2, str + at * 2, region, ONIG_OPTION_NONE);
+    const int r = onig_match(m_handle->regex.get(), str, str + subject.size() * 2, str + at * 2, onigRegion(region), ONIG_OPTION_NONE);
     if (r < 0) return std::nullopt;
     return static_cast<uint64_t>(r) / 2;
 }
 
-std::optional<uint64_t> VXRegex::search(std::u16string_view subject, uint64_t from, OnigRegion* region) const {
+std::optional<uint64_t> VXRegex::search(std::u16string_view subject, uint64_t from, VXRegexRegion* region) const {
     // The search always runs to the subject's end: Oniguruma treats a shorter range as
     // exclusive or inclusive depending on the expression's optimisation, so callers check the
     // position they get instead.
     const OnigUChar* str = onigBytes(subject.data());
     const OnigUChar* end = str + subject.size() * 2;
-    const int r = onig_search(m_regex.get(), str, end, str + from * 2, end, region, ONIG_OPTION_NONE);
+    const int r = onig_search(m_handle->regex.get(), str, end, str + from * 2, end, onigRegion(region), ONIG_OPTION_NONE);
     if (r < 0) return std::nullopt;
     return static_cast<uint64_t>(r) / 2;
 }
 
-int VXRegex::groupNumberForName(std::string_view name, OnigRegion* region) const {
+int VXRegex::groupNumberForName(std::string_view name, VXRegexRegion* region) const {
     // Group names are stored in the pattern's encoding.
     const std::u16string wide = utf16FromUtf8(name);
     const OnigUChar* begin = onigBytes(wide.data());
-    const int n = onig_name_to_backref_number(m_regex.get(), begin, begin + wide.size() * 2, region);
+    const int n = onig_name_to_backref_number(m_handle->regex.get(), begin, begin + wide.size() * 2, onigRegion(region));
     return n > 0 ? n : -1;
 }
 
-int VXRegex::groupCount() const { return onig_number_of_captures(m_regex.get()); }
+int VXRegex::groupCount() const { return onig_number_of_captures(m_handle->regex.get()); }
 
-std::optional<std::pair<uint64_t, uint64_t>> regionGroup(const OnigRegion* region, int group) {
+std::optional<std::pair<uint64_t, uint64_t>> regionGroup(const VXRegexRegion* vxRegion, int group) {
+    const OnigRegion* region = onigRegion(vxRegion);
     if (!region || group < 0 || group >= region->num_regs) return std::nullopt;
     const int begin = region->beg[group];
     const int end = region->end[group];

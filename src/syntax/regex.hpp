@@ -7,63 +7,64 @@
 // region. Positions here are UTF-16 code units relative to the subject's start.
 #pragma once
 
-#include <oniguruma.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "platform/unique_handle.hpp"
-
 namespace vx {
 
-inline void freeOnigRegion(OnigRegion* region) { onig_region_free(region, 1); }
-using OnigRegexPtr = UniqueHandle<OnigRegex, onig_free>;
-using OnigRegionPtr = UniqueHandle<OnigRegion*, freeOnigRegion>;
-using OnigRegSetPtr = UniqueHandle<OnigRegSet*, onig_regset_free>;
+// Oniguruma's region (the groups of one match) and regex set, opaque outside the files that
+// call Oniguruma (see onig_handles.hpp): its header cannot share a translation unit with the
+// C library's POSIX <regex.h>, which other code (GoogleTest among it) includes.
+struct VXRegexRegion;
+struct VXRegexSet;
+
+struct VXRegexRegionDeleter {
+    void operator()(VXRegexRegion* region) const;
+};
+using VXRegexRegionPtr = std::unique_ptr<VXRegexRegion, VXRegexRegionDeleter>;
+struct VXRegexSetDeleter {
+    void operator()(VXRegexSet* set) const;
+};
+using VXRegexSetPtr = std::unique_ptr<VXRegexSet, VXRegexSetDeleter>;
 
 // A region for one thread's matches; allocated once and reused.
-OnigRegionPtr makeRegion();
+VXRegexRegionPtr makeRegion();
 
 struct VXRegexOptions {
     bool caseInsensitive = false;
     bool freeSpacing = false;
 };
 
-// The option bits every definition expression is compiled with.
-OnigOptionType regexCompileOptions(VXRegexOptions options);
-
 class VXRegex {
 public:
     // Compiles; nothing when the expression is empty or does not compile (the reason is logged).
     static std::shared_ptr<const VXRegex> compile(std::u16string_view pattern, VXRegexOptions options = {});
-    // The raw compiled handle, for callers that put a private copy into a regex set.
-    static OnigRegexPtr compileHandle(std::u16string_view pattern, VXRegexOptions options);
 
     // Anchored: the length of the match that starts exactly at `at`, or nothing.
-    std::optional<uint64_t> matchAt(std::u16string_view subject, uint64_t at, OnigRegion* region) const;
+    std::optional<uint64_t> matchAt(std::u16string_view subject, uint64_t at, VXRegexRegion* region) const;
     // Unanchored: the leftmost match that starts at or after `from` (up to the subject's end,
     // inclusive); the region holds it. Answers the match's start, or nothing.
-    std::optional<uint64_t> search(std::u16string_view subject, uint64_t from, OnigRegion* region) const;
+    std::optional<uint64_t> search(std::u16string_view subject, uint64_t from, VXRegexRegion* region) const;
     // The group number of a named group (the last one when several share the name), or -1.
-    int groupNumberForName(std::string_view name, OnigRegion* region) const;
+    int groupNumberForName(std::string_view name, VXRegexRegion* region) const;
     int groupCount() const;
-    OnigRegex handle() const { return m_regex.get(); }
 
-    explicit VXRegex(OnigRegexPtr regex) : m_regex(std::move(regex)) {}
+    struct Handle;  // owns the compiled expression (onig_handles.hpp)
+    explicit VXRegex(std::unique_ptr<Handle> handle);
+    ~VXRegex();
+    VXRegex(const VXRegex&) = delete;
+    VXRegex& operator=(const VXRegex&) = delete;
 
 private:
-    OnigRegexPtr m_regex;
+    std::unique_ptr<Handle> m_handle;
 };
-
-// Bytes for Oniguruma: UTF-16 code units are handed over as they are (little-endian host).
-inline const OnigUChar* onigBytes(const char16_t* text) { return reinterpret_cast<const OnigUChar*>(text); }
 
 // The (location, length) of group `group` in a region, in UTF-16 units; nothing when the group
 // did not take part in the match.
-std::optional<std::pair<uint64_t, uint64_t>> regionGroup(const OnigRegion* region, int group);
+std::optional<std::pair<uint64_t, uint64_t>> regionGroup(const VXRegexRegion* region, int group);
 
 // A backslash before each of $ ( ) * + . ? [ \ ^ | and before nothing else.
 std::u16string VXEscapeRegex(std::u16string_view text);

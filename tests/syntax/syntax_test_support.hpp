@@ -1,0 +1,39 @@
+// Helpers for the highlighter tests: languages built from inline definitions, the checking
+// formats of a text, and the literal (position-by-position) line loop the fast one must match.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "syntax/document_highlighter.hpp"
+#include "syntax/zone_manager.hpp"
+
+namespace vx::test {
+
+// A private manager holding languages defined in the test; `others` are loaded when included.
+class TestLanguages {
+public:
+    explicit TestLanguages(std::map<std::string, std::string> definitions);
+    // The ruleset of a language named in the map (loaded on demand, as includes would).
+    const VXSyntaxRuleset& ruleset(const std::string& name);
+    VXSyntaxZoneManager& manager() { return m_manager; }
+
+private:
+    std::map<std::string, std::string> m_definitions;
+    VXSyntaxZoneManager m_manager;
+};
+
+// One language from one definition text, named "t" (so zone scopes end in ".t").
+const VXSyntaxRuleset& languageFrom(const std::string& definition);
+
+std::string scopesOf(const std::string& utf8Text, const VXSyntaxRuleset& ruleset);
+std::string eventsOf(const std::string& utf8Text, const VXSyntaxRuleset& ruleset);
+
+// The line loop exactly as defined: every position tried in turn with the anchored tests.
+VXContext literalParseLine(const VXContext& incoming, const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
+                           const VXSyntaxRuleset& ruleset);
+std::vector<VXHighlightedLine> highlightLiterally(std::u16string_view text, const VXSyntaxRuleset& ruleset);
+
+}  // namespace vx::test
