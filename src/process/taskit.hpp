@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -151,6 +152,9 @@ public:
     // Reads both streams to their ends on a background thread. The flags and buffers below
     // report the results; each stream's reading end is closed when it is done.
     void readToEndInBackground();
+    // Waits until both streams have been read to their ends, at most `seconds`; answers whether
+    // they were.
+    bool waitForBackgroundReading(double seconds);
     bool hasFinishedReadingOutput() const;
     bool hasFinishedReadingError() const;
     std::string outputBuffer() const;
@@ -179,6 +183,7 @@ private:
 
     // Written by the background reader's thread.
     mutable std::mutex m_backgroundMutex;
+    std::condition_variable m_backgroundFinished;
     bool m_hasFinishedReadingOutput = false, m_hasFinishedReadingError = false;
     std::string m_outputBuffer, m_errorBuffer;
     std::unique_ptr<BackgroundReader> m_backgroundReader;

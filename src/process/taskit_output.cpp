@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 
 #include "process/background_reader.hpp"
 #include "process/taskit.hpp"
@@ -132,6 +133,13 @@ void Taskit::syncFileHandleReadCompletion(TaskitStream stream, std::string data)
     if (finished) return;
     (stream == TaskitStream::Output ? m_outputBuffer : m_errorBuffer) = std::move(data);
     finished = true;
+    m_backgroundFinished.notify_all();
+}
+
+bool Taskit::waitForBackgroundReading(double seconds) {
+    std::unique_lock lock(m_backgroundMutex);
+    return m_backgroundFinished.wait_for(lock, std::chrono::duration<double>(seconds),
+                                         [this] { return m_hasFinishedReadingOutput && m_hasFinishedReadingError; });
 }
 
 bool Taskit::hasFinishedReadingOutput() const {

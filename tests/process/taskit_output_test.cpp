@@ -1,8 +1,6 @@
 // Collecting output: both streams at once, children that finished before collection, text
 // decoding, background reading and `end`.
-#include <unistd.h>
-
-#include <chrono>
+#include <signal.h>
 
 #include <gtest/gtest.h>
 
@@ -72,10 +70,7 @@ TEST(TaskitOutput, ReadsInTheBackground) {
     auto task = shellTask("yes out | head -c 200000; printf err >&2");
     ASSERT_TRUE(task->launch());
     task->readToEndInBackground();
-    const auto start = std::chrono::steady_clock::now();
-    while (!(task->hasFinishedReadingOutput() && task->hasFinishedReadingError()) &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(2))
-        ::usleep(5'000);
+    EXPECT_TRUE(task->waitForBackgroundReading(2));
     ASSERT_TRUE(task->hasFinishedReadingOutput());
     ASSERT_TRUE(task->hasFinishedReadingError());
     EXPECT_EQ(task->outputBuffer(), repeated("out\n", 50'000));
@@ -90,6 +85,7 @@ TEST(TaskitOutput, EndClosesTheStreams) {
     auto task = shellTask("exec yes");
     ASSERT_TRUE(task->launch());
     task->readToEndInBackground();
+    EXPECT_FALSE(task->waitForBackgroundReading(0.05));  // `yes` never stops writing
     task->end();
     EXPECT_FALSE(task->errPipe().readEnd);
     EXPECT_FALSE(task->waitUntilExitWithTimeout(2));
