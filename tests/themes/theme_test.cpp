@@ -20,13 +20,14 @@ VXContext contextOf(std::initializer_list<const char*> names) {
     return VXContext::fromScopes(scopes);
 }
 
+// A "#" would start a comment in self-ml: hexadecimal colours are bracketed or written without it.
 const char* kTheme = R"(
     (author [A. Person]) (email a@example.org) (url https://example.org)
-    (!default (color #ddd) (background #222) (selection #444) (caret white) (line-highlight (rgba 1 1 1 0.1)))
-    (apply [string] String (color #0f0))
-    (apply [string] [String again] (color #f00))
-    (apply [invalid] Invalid (color #f0f))
-    (apply [comment] Comment (color #888) (italic) (strikethrough ignored-content))
+    (!default (color [#ddd]) (background 222222) (selection [#444]) (caret white) (line-highlight (rgba 1 1 1 0.1)))
+    (apply [string] String (color [#0f0]))
+    (apply [string] [String again] (color ff0000))
+    (apply [invalid] Invalid (color [#f0f]))
+    (apply [comment] Comment (color 888888) (italic) (strikethrough ignored-content))
     (apply [keyword.control, storage] Keyword (bold) (background (hsl 0 1 0.5)))
     (apply)
 )";
