@@ -129,6 +129,22 @@ std::string joinNormalised(const Range& pieces) {
     return text;
 }
 
+// The distinct components of the pieces, normalised (a piece with "." gives several). Case folding
+// may change the order, hence a new set.
+std::set<std::string> normalisedComponentSet(const std::set<std::string>& pieces) {
+    std::set<std::string> result;
+    for (const std::string& piece : pieces) {
+        std::string text;
+        appendNormalised(text, piece);
+        for (size_t start = 0; start < text.size();) {
+            size_t dot = std::min(text.find('.', start), text.size());
+            result.insert(text.substr(start, dot - start));
+            start = dot + 1;
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 VXScope::VXScope(std::string_view dotted) {
@@ -150,14 +166,7 @@ VXScope VXScope::fromComponents(std::initializer_list<std::string_view> componen
 }
 
 VXScope VXScope::fromSet(const std::set<std::string>& components) {
-    // Normalising may change the order (case folding), so sort the normalised pieces again.
-    std::set<std::string> normalised;
-    for (const std::string& piece : components) {
-        std::string text;
-        appendNormalised(text, piece);
-        if (!text.empty()) normalised.insert(std::move(text));
-    }
-    return VXScope(joinNormalised(normalised));
+    return VXScope(joinNormalised(normalisedComponentSet(components)));
 }
 
 VXScope VXScope::wildcardZone() {
@@ -226,15 +235,22 @@ bool VXScope::isChildOf(const VXScope& other) const {
     return theirs.size() < mine.size() && std::equal(theirs.begin(), theirs.end(), mine.begin());
 }
 
-bool operator==(const VXScope& a, std::string_view text) { return a == VXScope(text); }
+// Comparisons normalise the other side without interning it, so comparing with arbitrary text
+// does not grow the tables.
+bool operator==(const VXScope& a, std::string_view text) {
+    if (a.isNil()) return false;
+    if (isNormalised(text)) return a.stringRepresentation() == text;
+    std::string normalised;
+    appendNormalised(normalised, text);
+    return a.stringRepresentation() == normalised;
+}
 
 bool operator==(const VXScope& a, const std::vector<std::string>& components) {
-    return a == VXScope::fromComponents(std::span<const std::string>(components));
+    return !a.isNil() && a.stringRepresentation() == joinNormalised(components);
 }
 
 bool operator==(const VXScope& a, const std::set<std::string>& components) {
-    VXScope other = VXScope::fromSet(components);
-    return a.isSupersetOf(other) && other.isSupersetOf(a);
+    return !a.isNil() && a.componentsSet() == normalisedComponentSet(components);
 }
 
 }  // namespace vx
