@@ -51,7 +51,10 @@ private:
             if (!scope || scope->empty()) problem(where, "inner-identifier without a scope");
             else m_out.scopes.push_back(*scope);
         }
-        if (const auto subzones = node->nodeForKey("subzones")) entries(subzones, where);
+        if (const auto subzones = node->nodeForKey("subzones")) {
+            if (!lists(subzones).empty()) ++m_out.zonesWithSubzones;
+            entries(subzones, where);
+        }
     }
 
     // Returns the pattern's regular expression, if it is one.
@@ -112,6 +115,7 @@ DefinitionWalk walkDefinition(const BundledLanguage& language) {
             walker.entries(node, "root");
         } else if (node->head() == "collection") {
             if (name.empty()) out.problems.push_back("top level: collection without a name");
+            if (lists(node).empty()) out.problems.push_back("collection " + name + " is empty");
             out.collections.push_back(name);
             walker.entries(node, "collection " + name);
         } else {

@@ -30,6 +30,7 @@ struct DefinitionWalk {
     std::vector<std::string> scopes;  // zone names, capture scopes and inner scopes as written
     std::string rootScope;
     int zoneCount = 0;
+    int zonesWithSubzones = 0;  // zones whose (subzones ...) holds at least one entry
 };
 
 DefinitionWalk walkDefinition(const BundledLanguage& language);
