@@ -1,0 +1,149 @@
+// VXSingleFileDocument: one open file. It owns the text storage every edit goes through, the
+// encoding and line-ending style the file was read in and will be written in, its language and
+// indentation, its undo manager, and the hooks by which edits reach the highlighter and the views.
+//
+//   untitled --read--> open (encoding, language, line endings known) --edit--> unsaved
+//       ^                   |                                                     |
+//       +-- revert from disk+<------------------------- save (trim, write, repair)-+
+//
+// Reading and saving report failures by answering false with a message for the user; a failed
+// save leaves the file on disk and the text in memory exactly as they were. Changes of encoding
+// and line-ending style are undoable and post "com.vellumexapp.fileencodingchanged" and
+// "com.vellumexapp.lineendingchanged" (object: the document) on the default notification centre.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document/document_hooks.hpp"
+#include "document/encodings.hpp"
+#include "document/indentation_context.hpp"
+#include "document/line_endings.hpp"
+#include "document/text_reader.hpp"
+#include "document/text_storage.hpp"
+#include "platform/undo_manager.hpp"
+
+namespace vx {
+
+inline constexpr const char* kFileEncodingChangedNotification = "com.vellumexapp.fileencodingchanged";
+inline constexpr const char* kLineEndingChangedNotification = "com.vellumexapp.lineendingchanged";
+
+class VXSingleFileDocument : public TextStorageDelegate {
+public:
+    using Clock = std::chrono::system_clock;
+    enum class SaveOperation { Save, SaveAs, SaveTo };
+
+    VXSingleFileDocument();
+    ~VXSingleFileDocument();
+    VXSingleFileDocument(const VXSingleFileDocument&) = delete;
+    VXSingleFileDocument& operator=(const VXSingleFileDocument&) = delete;
+
+    // --- the layers above ---
+    void setLanguageChooser(LanguageChooser* chooser) { m_languageChooser = chooser; }
+    void setHighlighter(HighlightingHook* highlighter) { m_highlighter = highlighter; }
+    void setSyntaxHighlightingEnabled(bool enabled) { m_highlightingEnabled = enabled; }
+    // Views showing the document; the last one added is the current one.
+    void addView(DocumentView* view);
+    void removeView(DocumentView* view);
+    DocumentView* currentView() const { return m_views.empty() ? nullptr : m_views.back(); }
+
+    // --- reading ---
+    // Opens a file: text and encoding, language, indentation, theme attributes, line endings.
+    bool readFromURL(const std::string& path, const std::string& type, std::string* error);
+    // The same over bytes already read (standard input); `path` names the file for the language.
+    bool readFromData(std::string_view bytes, const std::string& path, std::string* error);
+    std::unique_ptr<VXTextStorage> textStorageFromURL(const std::string& path, uint64_t* encoding);
+    std::unique_ptr<VXTextStorage> textStorageFromURL(const std::string& path, uint64_t* encoding,
+                                                      bool authenticateIfNecessary, bool shouldSetStat);
+    bool revertToContentsOfURL(const std::string& path, const std::string& type, std::string* error);
+    bool revertFromDiskAfterDiskChanged();
+    bool revertFromDiskAfterDiskChangedToURL(const std::string& path, const std::string& data);
+
+    // --- saving ---
+    bool saveToURL(const std::string& path, const std::string& type, SaveOperation operation, std::string* error);
+
+    // --- state ---
+    VXTextStorage& contents() { return *m_contents; }
+    const VXTextStorage& contents() const { return *m_contents; }
+    const std::optional<std::string>& fileURL() const { return m_fileURL; }
+    const std::string& fileType() const { return m_fileType; }
+    std::optional<Clock::time_point> lastReadStat() const { return m_lastReadStat; }
+
+    uint64_t fileEncoding() const { return m_contentsEncoding; }
+    // False (and nothing changes) when the text cannot be written in `encoding`.
+    bool setFileEncoding(uint64_t encoding);
+    ByteOrder byteOrder() const { return m_byteOrder; }
+
+    NewlineType lineEndingType() const { return m_contentsNewlineType; }
+    void setLineEndingType(NewlineType type);
+    // Replaces the whole text by a plain copy with every line break in the given style (undoable).
+    void convertToLineEndings(NewlineType type);
+    void recalculateLineEnding();
+
+    const DocumentLanguage& language() const { return m_language; }
+    VXIndentationContext& indentationContext() { return m_indentation; }
+    bool userHasChangedIndentationContext = false;
+
+    UndoManager& undoManager() { return m_undoManager; }
+    bool hasUnsavedChanges() const { return m_changeCount != 0; }
+    // Replaces a range as one undoable step (the redo puts the new text back).
+    void replaceCharactersUndoably(Range range, std::u16string_view text);
+    // Where the last edits happened, newest last (for jumping back to them).
+    const std::vector<uint64_t>& recentEditLocations() const { return m_recentEdits; }
+
+    // --- scripting surface ---
+    std::optional<std::string> js_path() const { return m_fileURL; }
+    std::string js_filename() const;
+    std::string js_rootScope() const { return m_language.rootScope; }
+    std::vector<std::string> js_contextAtLocation(uint64_t location);
+    uint64_t js_length() const { return m_contents->length(); }
+    std::u16string js_text() const { return m_contents->string(); }
+    void js_setText(std::u16string_view text) { replaceCharactersUndoably({0, m_contents->length()}, text); }
+    std::u16string js_textInRange(Range range) const;
+    void js_replaceTextInRange(Range range, std::u16string_view text);
+    bool js_isUntitled() const { return !m_fileURL.has_value(); }
+    bool js_isUnsaved() const { return hasUnsavedChanges(); }
+
+    // --- edit hooks (the text storage calls these) ---
+    void textStorageWillProcessEditing(VXTextStorage& storage) override;
+    void textStorageDidProcessEditing(VXTextStorage& storage) override;
+
+private:
+    void setContents(std::unique_ptr<VXTextStorage> storage);
+    bool finishOpening(ReadResult read, const std::string& path, std::string* error);
+    std::optional<DocumentLanguage> chooseLanguage(const std::string& path, const VXTextStorage& text);
+    void dealWithNewDoc();
+    void cycleEdit(Range editedRange);
+    void postEncodingChanged();
+    bool trimTrailingWhitespaceApplies() const;
+    std::optional<std::string> encodedContents(std::u16string_view replacement, bool useReplacement) const;
+
+    std::unique_ptr<VXTextStorage> m_contents;
+    uint64_t m_contentsEncoding = encoding::kUTF8;
+    ByteOrder m_byteOrder = ByteOrder::Little;
+    NewlineType m_contentsNewlineType = NewlineType::LF;
+    std::optional<Clock::time_point> m_lastReadStat;
+    std::optional<std::string> m_fileURL;
+    std::string m_fileType;
+    DocumentLanguage m_language;
+    VXIndentationContext m_indentation;
+    UndoManager m_undoManager;
+    int64_t m_changeCount = 0;
+    std::vector<uint64_t> m_recentEdits;
+
+    LanguageChooser* m_languageChooser = nullptr;
+    HighlightingHook* m_highlighter = nullptr;
+    bool m_highlightingEnabled = true;
+    std::vector<DocumentView*> m_views;
+    // Lets a block scheduled on the run loop find out that the document has gone.
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
+};
+
+// "~/..." for paths inside the home folder, as shown to the user.
+std::string abbreviatingWithTildeInPath(const std::string& path);
+
+}  // namespace vx
