@@ -231,7 +231,7 @@ std::optional<std::string> encodeStrictly(std::u16string_view text, uint64_t enc
         encoding, order);
 }
 
-std::u16string utf16FromUtf8(std::string_view text) {
+std::u16string encoding::utf16FromUtf8(std::string_view text) {
     std::u16string result(text.size(), u'\0');
     int32_t length = 0;
     UErrorCode status = U_ZERO_ERROR;
@@ -241,7 +241,7 @@ std::u16string utf16FromUtf8(std::string_view text) {
     return result;
 }
 
-std::string utf8FromUtf16(std::u16string_view text) {
+std::string encoding::utf8FromUtf16(std::u16string_view text) {
     std::string result(text.size() * 3, '\0');
     int32_t length = 0;
     UErrorCode status = U_ZERO_ERROR;
