@@ -1,0 +1,91 @@
+// vx snippet parse TEXT | vx snippet convert TEXT: a compiled snippet as JSON, or a snippet in
+// the dollar-sign syntax rewritten in this one.
+#include <nlohmann/json.hpp>
+
+#include <map>
+
+#include "app/commands/command.hpp"
+#include "snippets/dollar_converter.hpp"
+#include "snippets/regex_filter.hpp"
+#include "snippets/snippet_parser.hpp"
+#include "snippets/utf16.hpp"
+
+namespace vx::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json constantJson(const SNConstant& constant) {
+    switch (constant.kind()) {
+    case SNConstant::Kind::String:
+        return Json{{"type", "string"}, {"value", utf16ToUtf8(static_cast<const SNStringConstant&>(constant).resolvedValue)}};
+    case SNConstant::Kind::Shell: {
+        const auto& shell = static_cast<const SNShellConstant&>(constant);
+        return Json{{"type", "shell"}, {"prefix", utf16ToUtf8(shell.prefix)}, {"script", utf16ToUtf8(shell.script)}};
+    }
+    case SNConstant::Kind::Variable: break;
+    }
+    return Json{{"type", "variable"}, {"name", utf16ToUtf8(static_cast<const SNVariableConstant&>(constant).variable)}};
+}
+
+Json filterJson(const SNFilter& filter) {
+    if (const auto* regex = dynamic_cast<const SNRegexFilter*>(&filter)) {
+        return Json{{"type", "regex"},
+                    {"pattern", utf16ToUtf8(regex->pattern)},
+                    {"replace", utf16ToUtf8(regex->replace)},
+                    {"options", utf16ToUtf8(regex->options)}};
+    }
+    return Json{{"type", "orelse"}, {"constant", constantJson(*static_cast<const SNConstantFilter&>(filter).constant)}};
+}
+
+const char* kindName(SNConstruct::Kind kind) {
+    switch (kind) {
+    case SNConstruct::Kind::TabStop: return "tabstop";
+    case SNConstruct::Kind::Mirror: return "mirror";
+    case SNConstruct::Kind::Constant: break;
+    }
+    return "constant";
+}
+
+Json snippetJson(const CompiledSnippet& snippet) {
+    std::map<const SNConstruct*, size_t> indexOf;
+    Json constructs = Json::array();
+    for (const auto& construct : snippet.constructs) {
+        indexOf[construct.get()] = constructs.size();
+        Json entry{{"kind", kindName(construct->kind())}};
+        if (const auto* numbered = dynamic_cast<const SNNumberedConstruct*>(construct.get())) entry["number"] = numbered->number;
+        entry["offset"] = construct->range.location;
+        entry["length"] = construct->range.length;
+        auto parent = construct->parentConstruct();
+        entry["parent"] = parent ? Json(indexOf.at(parent.get())) : Json(nullptr);
+        Json filters = Json::array();
+        for (const auto& filter : construct->filters) filters.push_back(filterJson(*filter));
+        entry["filters"] = std::move(filters);
+        if (const auto* constant = dynamic_cast<const SNConstantConstruct*>(construct.get())) entry["constant"] = constantJson(*constant->constant);
+        constructs.push_back(std::move(entry));
+    }
+    return Json{{"string", utf16ToUtf8(snippet.string)}, {"failed", snippet.failed}, {"constructs", std::move(constructs)}};
+}
+
+void registerSnippet(CLI::App& app) {
+    auto* snippet = app.add_subcommand("snippet", "Compile snippets and convert them from the dollar-sign syntax");
+    snippet->require_subcommand(1);
+
+    static std::string parseText, convertText;
+    auto* parse = snippet->add_subcommand("parse", "Print the compiled snippet as JSON: its text and its constructs");
+    parse->add_option("TEXT", parseText, "The snippet text")->required();
+    parse->callback([] { writeOutput(snippetJson(VXNewSnippetParserCompile(utf8ToUtf16(parseText))).dump() + "\n"); });
+
+    auto* convert = snippet->add_subcommand("convert", "Rewrite a snippet from the dollar-sign syntax ($1, ${1:default}, ...) in this one");
+    convert->add_option("TEXT", convertText, "The snippet in the dollar-sign syntax")->required();
+    convert->callback([] {
+        SnippetConversion result = convertDollarSnippet(utf8ToUtf16(convertText));
+        if (!result.ok) throw CommandFailure("cannot convert the snippet at offset " + std::to_string(result.offset) + ": " + result.problem);
+        writeOutput(utf16ToUtf8(result.text) + "\n");
+    });
+}
+
+const CommandRegistration registration("snippet", registerSnippet);
+
+}  // namespace
+}  // namespace vx::cli
