@@ -1,9 +1,19 @@
 #include "snippets/regex_filter.hpp"
 
+#include <oniguruma.h>
+
 #include "platform/log.hpp"
+#include "platform/unique_handle.hpp"
 #include "snippets/utf16.hpp"
 
 namespace vx {
+
+using OnigRegexPtr = UniqueHandle<OnigRegex, onig_free>;
+
+struct SNRegexFilter::Compiled {
+    OnigRegexPtr regex;
+};
+
 namespace {
 
 void freeRegion(OnigRegion* region) { onig_region_free(region, 1); }
@@ -74,18 +84,18 @@ SNRegexFilter::SNRegexFilter(std::u16string pattern_, std::u16string replace_, s
                      reinterpret_cast<char*>(message));
         return;
     }
-    m_regex = std::move(owned);
+    m_compiled = std::make_shared<const Compiled>(Compiled{std::move(owned)});
 }
 
 std::u16string SNRegexFilter::apply(std::u16string_view value, const SnippetEnvironment&) const {
-    if (!m_regex) return std::u16string(value);
+    if (!m_compiled) return std::u16string(value);
     OnigRegionPtr region(onig_region_new());
     const OnigUChar* start = bytes(value);
     const OnigUChar* end = start + value.size() * 2;
     std::u16string result;
     size_t copied = 0, position = 0;
     while (position <= value.size()) {
-        int found = onig_search(m_regex.get(), start, end, start + position * 2, end, region.get(), ONIG_OPTION_NONE);
+        int found = onig_search(m_compiled->regex.get(), start, end, start + position * 2, end, region.get(), ONIG_OPTION_NONE);
         if (found < 0) break;
         RegexMatch match{value, {}};
         for (int i = 0; i < region.get()->num_regs; ++i) {

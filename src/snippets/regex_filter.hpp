@@ -14,18 +14,14 @@
 // Inside a conditional, parentheses that are not escaped must balance.
 #pragma once
 
-#include <oniguruma.h>
-
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/unique_handle.hpp"
 #include "snippets/constructs.hpp"
 
 namespace vx {
-
-using OnigRegexPtr = UniqueHandle<OnigRegex, onig_free>;
 
 // One match: the subject and the ranges of its groups (group 0 is the whole match).
 struct RegexMatch {
@@ -53,13 +49,15 @@ public:
     // Conditionals, back-references and escapes expanded, conditionals within conditionals too.
     static std::u16string applyRecursiveConditionalReplacements(std::u16string_view replace, const RegexMatch& currentMatch);
 
-    bool isValid() const { return static_cast<bool>(m_regex); }
+    bool isValid() const { return static_cast<bool>(m_compiled); }
     bool isGlobal() const { return m_global; }
 
     const std::u16string pattern, replace, options;
 
 private:
-    OnigRegexPtr m_regex;
+    // The compiled Oniguruma regex; its header stays out of this one (it clashes with <regex.h>).
+    struct Compiled;
+    std::shared_ptr<const Compiled> m_compiled;
     bool m_global = false;
 };
 

@@ -1,0 +1,60 @@
+// Compile any text as a snippet and check what every compiled snippet promises: placed
+// constructs lie inside the expanded text, come in text order, and sit inside their parent.
+// The same bytes read as a dollar-syntax snippet must either fail to convert or convert to a
+// snippet that parses.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include "snippets/dollar_converter.hpp"
+#include "snippets/snippet_parser.hpp"
+#include "snippets/utf16.hpp"
+
+namespace {
+
+void check(bool condition) {
+    if (!condition) std::abort();
+}
+
+void checkCompiled(const vx::CompiledSnippet& snippet) {
+    if (snippet.failed) {
+        check(snippet.constructs.empty());
+        return;
+    }
+    std::map<const vx::SNConstruct*, size_t> indexOf;
+    uint64_t lastLocation = 0;
+    for (const auto& construct : snippet.constructs) {
+        const vx::Range range = construct->range;
+        check(construct->isPlaced());
+        check(range.end() <= snippet.string.size());
+        check(range.location >= lastLocation);
+        lastLocation = range.location;
+        if (auto parent = construct->parentConstruct()) {
+            check(indexOf.contains(parent.get()));  // a parent comes before what it holds
+            check(parent->range.location <= range.location && range.end() <= parent->range.end());
+        }
+        indexOf[construct.get()] = indexOf.size();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    // As UTF-16 code units, so that lone surrogates and every unit value reach the tokenizer.
+    std::u16string units(size / 2, u'\0');
+    for (size_t i = 0; i + 1 < size; i += 2) units[i / 2] = static_cast<char16_t>(data[i] | (data[i + 1] << 8));
+    checkCompiled(VXNewSnippetParserCompile(units));
+
+    // As UTF-8 text, the way snippets are written.
+    std::u16string text = vx::utf8ToUtf16(std::string_view(reinterpret_cast<const char*>(data), size));
+    checkCompiled(VXNewSnippetParserCompile(text));
+    vx::SnippetConversion converted = vx::convertDollarSnippet(text);
+    if (converted.ok) {
+        vx::CompiledSnippet compiled = VXNewSnippetParserCompile(converted.text);
+        check(!compiled.failed);
+        checkCompiled(compiled);
+    }
+    return 0;
+}
