@@ -285,8 +285,8 @@ private:
                 if (!convertConditional(out)) return false;
             } else if (c == u'}' || c == u'`') {
                 return fail("this character cannot be written in a replacement here", start);
-            } else if (inBranch && (c == u':' || c == u'(' || c == u')')) {
-                out += {u'\\', c};
+            } else if (inBranch && (c == u':' || c == u'(' || c == u')' || c == u'/')) {
+                out += {u'\\', c};  // "\/" reads back as "/", the others stay literal
             } else if (c == u'{' && !out.empty() && out.back() == u'%') {
                 out += u"\\{";
             } else {

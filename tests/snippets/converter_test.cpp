@@ -25,6 +25,7 @@ TEST(DollarSnippetConverter, WritesEachConstructInThisSyntax) {
         {"${1/a}/x/}", "%{1/a\\x7d/x/}", ""},
         {"${1/(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)/${10}x/}", "%{1/(.)(.)(.)(.)(.)(.)(.)(.)(.)(.)/$10x/}", ""},
         {"${1/a/${1:+(b:c)}/}", "%{1/a/(?1:\\(b\\:c\\):)/}", ""},
+        {"${1/a/${1:-x/y}/}", "%{1/a/(?1:\\1:x\\/y)/}", ""},
         // Plain text that this syntax would read differently is escaped or carried by constants.
         {"50% of %{x} \\$5 $ a:b/c", "50% of %{\"%\"}{x} $5 $ a:b/c", "50% of %{x} $5 $ a:b/c"},
         {"`a` \\`$1\\`", "%{`a`} %{\"`\"}%{1}%{\"`\"}", " ``"},  // escaped backquotes are text
