@@ -24,9 +24,11 @@ VXContext rootContextForRuleset(const VXSyntaxRuleset& ruleset) {
     return VXContext::defaultContextForDocument(ruleset.scope, ruleset.rootDefinition());
 }
 
-std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset) {
+std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset,
+                                             VXSyntaxParseState* givenState) {
     std::vector<VXHighlightedLine> out;
-    VXSyntaxParseState state;
+    VXSyntaxParseState localState;
+    VXSyntaxParseState& state = givenState ? *givenState : localState;
     VXContext context = rootContextForRuleset(ruleset);
     for (const VXTextLine& line : splitTextLines(text)) {
         VXHighlightedLine highlighted{line, context, {}};

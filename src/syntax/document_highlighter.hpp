@@ -35,7 +35,8 @@ struct VXHighlightedLine {
 // The context a document in this language starts in: its root zone.
 VXContext rootContextForRuleset(const VXSyntaxRuleset& ruleset);
 
-std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset);
+std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset,
+                                             VXSyntaxParseState* state = nullptr);
 
 // The maximal runs of equal scope stacks on each line (columns in UTF-16 units within the line,
 // stacks outermost first starting with the root scope), covering the content of each line.

@@ -320,6 +320,7 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
             }
             // The search and the anchored test disagree (an expression whose meaning depends on
             // where matching starts): trust the anchored test and look further on.
+            ++state->disagreements;
             stack.top().endFoundAt = searchEnd(stack, line, VXSyntaxNextCharacter(line.text, position), region);
             endAt = stack.top().endFoundAt;
         }
@@ -340,6 +341,7 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
         const VXSyntaxZoneDefinition* winner = candidate.definition;
         if (!length) {
             // Same disagreement as above: decide this position the long way.
+            ++state->disagreements;
             std::vector<const VXSyntaxZoneDefinition*> visited;
             const auto subzones = VXSyntaxCandidateOwner(stack, ruleset).subzonesForBase(&ruleset);
             const auto match = VXSyntaxParseZonesForLine(subzones, &ruleset, line, position, visited, region);

@@ -58,6 +58,10 @@ public:
         std::optional<VXCandidateSet::Found> found;
     };
     std::vector<CachedSearch> lineSearches;
+    // Times a search found a match that the anchored test then refused (the line loop then
+    // decides that position the long way). Only an expression whose meaning depends on where
+    // matching starts can cause it; the tests expect none.
+    uint64_t disagreements = 0;
 
 private:
     VXRegexRegionPtr m_region;
