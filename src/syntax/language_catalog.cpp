@@ -39,7 +39,12 @@ VXLanguage readLanguage(const fs::path& folder, const std::string& truffleName, 
     language.syntaxPath = (folder / "syntax.selfml").string();
 
     auto settings = SFONode::nodeWithContentsOfFile((folder / "language.selfml").string());
-    if (auto name = settings->valueForKey("name"); name && !name->empty()) language.name = *name;
+    // A display name may be written as several words: (name Plain Text).
+    if (auto name = settings->nodeForKey("name")) {
+        std::string joined;
+        for (const auto& word : name->extractStrings()) joined += (joined.empty() ? "" : " ") + word;
+        if (!joined.empty()) language.name = joined;
+    }
     for (const auto& globs : settings->extract("name-glob"))
         for (const auto& glob : globs->extractStrings()) language.nameGlobs.push_back(glob);
     if (auto regex = settings->valueForKey("content-regex")) language.contentRegex = *regex;
