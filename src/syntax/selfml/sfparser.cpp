@@ -108,19 +108,26 @@ private:
         return readVerbatimString();
     }
 
-    // After a '(': comments, blanks and stray closers are skipped, then one string is read.
+    // Skips what the text may hold between items: a blank, a stray ']' or '}', a line comment or
+    // a brace comment. False when something else stands at the position.
+    bool skipIgnorable() {
+        const unsigned char c = *m_p;
+        if (SFIsSpace(c) || c == ']' || c == '}') {
+            ++m_p;
+        } else if (c == '#') {
+            skipLineComment();
+        } else if (c == '{') {
+            skipBraceComment();
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    // After a '(': what is ignorable is skipped, then one string is read.
     char* readHead() {
         while (m_p < m_end) {
-            unsigned char c = *m_p;
-            if (SFIsSpace(c) || c == ']' || c == '}') {
-                ++m_p;
-            } else if (c == '#') {
-                skipLineComment();
-            } else if (c == '{') {
-                skipBraceComment();
-            } else {
-                return readString();  // at '(' or ')' this reads an empty verbatim string
-            }
+            if (!skipIgnorable()) return readString();  // at '(' or ')' this reads an empty verbatim string
         }
         return nullptr;
     }
@@ -181,17 +188,11 @@ SFNode* Parser::parse() {
     if (!root) return nullptr;
     m_stack.push_back(Frame{root, nullptr, false});
     while (m_p < m_end) {
-        unsigned char c = *m_p;
-        if (SFIsSpace(c) || c == ']' || c == '}') {
-            ++m_p;
-        } else if (c == '#') {
-            skipLineComment();
-        } else if (c == '{') {
-            skipBraceComment();
-        } else if (c == '(') {
+        if (skipIgnorable()) continue;
+        if (*m_p == '(') {
             ++m_p;
             openList();
-        } else if (c == ')') {
+        } else if (*m_p == ')') {
             ++m_p;
             if (m_stack.size() == 1) break;  // an unmatched ')' at the top level ends the text
             closeList();
