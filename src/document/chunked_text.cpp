@@ -281,6 +281,17 @@ void ChunkedText::replace(Range range, std::u16string_view text, uint32_t attrib
     const size_t chunk = locate(range.location, true, &start);
     const size_t local = range.location - start;
     Chunk& c = m_chunks[chunk];
+    if (attributes == kInherit) {
+        size_t runStart = 0, runLength = 0;
+        if (m_length == 0)
+            attributes = 0;
+        else if (range.length > 0 && local < c.size())
+            attributes = c.attributesAt(local, &runStart, &runLength);
+        else if (local > 0)
+            attributes = c.attributesAt(local - 1, &runStart, &runLength);
+        else
+            attributes = attributesAt(range.location, nullptr);
+    }
 
     if (local + range.length <= c.size()) {
         const size_t breaksBefore = c.breakEnds.size();

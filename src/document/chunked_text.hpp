@@ -33,7 +33,9 @@ public:
     // Number of line breaks; the text has one line more (the last one may be empty).
     uint64_t lineBreakCount() const { return m_breaks; }
 
-    // Replaces `range` by `text`; the new units get attributes `attributes`.
+    // Replaces `range` by `text`; the new units get attributes `attributes`, or with kInherit those
+    // of the first replaced unit, or with nothing replaced, of the unit before (after, at the start).
+    static constexpr uint32_t kInherit = UINT32_MAX;
     void replace(Range range, std::u16string_view text, uint32_t attributes);
     // Adds units at the end (the fast path for reading a file).
     void append(std::u16string_view text, uint32_t attributes);

@@ -35,17 +35,10 @@ void VXTextStorage::releaseGroup() {
     if (m_batchDepth == 0) m_group.leave();
 }
 
-uint32_t VXTextStorage::attributesForInsertion(Range range) const {
-    if (m_text.length() == 0) return 0;
-    if (range.length > 0) return m_text.attributesAt(range.location, nullptr);
-    if (range.location > 0) return m_text.attributesAt(range.location - 1, nullptr);
-    return m_text.attributesAt(0, nullptr);
-}
-
 void VXTextStorage::replaceCharactersInRange(Range range, std::u16string_view text) {
     VX_ASSERT(range.end() <= length());
     takeGroup();
-    m_text.replace(range, text, attributesForInsertion(range));
+    m_text.replace(range, text, ChunkedText::kInherit);
     releaseGroup();
     edited(kTextStorageEditedCharacters, range, static_cast<int64_t>(text.size()) - static_cast<int64_t>(range.length));
 }

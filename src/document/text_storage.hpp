@@ -104,7 +104,6 @@ private:
     void takeGroup();
     void releaseGroup();
     void processEditing();
-    uint32_t attributesForInsertion(Range range) const;
 
     ChunkedText m_text;
     TextAttributeTable m_attributes;
