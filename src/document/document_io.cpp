@@ -22,13 +22,6 @@ std::string lastComponent(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-// The extension of a file name, or the whole name when it has none.
-std::string extensionOrFilename(const std::string& path) {
-    const std::string name = lastComponent(path);
-    const auto dot = name.rfind('.');
-    return dot == std::string::npos || dot == 0 ? name : name.substr(dot + 1);
-}
-
 bool identifierHasComponent(const std::string& identifier, std::string_view component) {
     size_t start = 0;
     while (start <= identifier.size()) {
@@ -136,12 +129,13 @@ bool VXSingleFileDocument::finishOpening(ReadResult read, const std::string& pat
     m_byteOrder = read.byteOrder;
     m_fileURL = path;
     m_language = *language;
-    // The default indentation until the tab set-up from detection and scoped settings plugs in.
+    // Detection, settings and language defaults start from the editor-wide default.
     if (!userHasChangedIndentationContext) m_indentation = VXIndentationContext::defaultContext();
     if (storage->length() > 0 && m_highlighter) {
         if (auto attributes = m_highlighter->defaultZoneAttributes()) storage->setAttributes(*attributes, {0, storage->length()});
     }
     setContents(std::move(storage));
+    if (!userHasChangedIndentationContext) setUpTabInfoWithDDLang(defaultDetectorLanguage());
     m_undoManager.removeAllActions();
     m_changeCount = 0;
     m_recentEdits.clear();
@@ -235,10 +229,12 @@ bool VXSingleFileDocument::saveToURL(const std::string& path, const std::string&
     m_changeCount = 0;
     m_lastReadStat = Clock::now();  // our own write is not a change made by another application
 
-    // 5. The name may have changed: choose the language again and remember it for the extension.
+    // 5. The name may have changed: choose the language again, set up the tab information for the
+    // (possibly new) extension, and remember the language for the extension.
     if (auto language = chooseLanguage(path, *m_contents)) {
         m_language = *language;
-        if (m_languageChooser) VXDefaultDetector::sharedDetector().recordLanguage(language->name, extensionOrFilename(path));
+        if (!userHasChangedIndentationContext) setUpTabInfoWithDDLang(defaultDetectorLanguage());
+        if (m_languageChooser) VXDefaultDetector::sharedDetector().recordLanguage(language->name, extensionOrFileName(path));
     }
     return true;
 }

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "document/document_hooks.hpp"
+#include "document/document_settings.hpp"
 #include "document/encodings.hpp"
 #include "document/indentation_context.hpp"
 #include "document/line_endings.hpp"
@@ -88,6 +89,18 @@ public:
     VXIndentationContext& indentationContext() { return m_indentation; }
     bool userHasChangedIndentationContext = false;
 
+    // --- scoped settings and tab information (document_tab_info.cpp) ---
+    // The settings contexts asked, in order: the global one unless others were given (tests).
+    void setSettingsContexts(std::vector<VXSettingsContext*> contexts) { m_settingsContexts = std::move(contexts); }
+    DocumentSettings settings() const;
+    std::optional<PropertyValue> settingForKey(std::string_view key, int64_t* fromStratum = nullptr) const;
+    void setSetting(const PropertyValue& value, std::string_view key, bool languageSpecific);
+    // The language the default detector gives the file's extension (or its name).
+    std::optional<std::string> defaultDetectorLanguage() const;
+    // Chooses tab size and soft tabs from the text, the scoped settings and the language's defaults.
+    void setUpTabInfoWithDDLang(const std::optional<std::string>& language);
+    void setTabInfo(const VXIndentationContext& context) { m_indentation = context; }
+
     UndoManager& undoManager() { return m_undoManager; }
     bool hasUnsavedChanges() const { return m_changeCount != 0; }
     // Replaces a range as one undoable step (the redo puts the new text back).
@@ -131,6 +144,7 @@ private:
     std::string m_fileType;
     DocumentLanguage m_language;
     VXIndentationContext m_indentation;
+    std::vector<VXSettingsContext*> m_settingsContexts;
     UndoManager m_undoManager;
     int64_t m_changeCount = 0;
     std::vector<uint64_t> m_recentEdits;

@@ -4,6 +4,7 @@
 
 #include "app/commands/command.hpp"
 #include "document/single_file_document.hpp"
+#include "document/tabdetection.hpp"
 
 namespace vx::cli {
 namespace {
@@ -16,6 +17,14 @@ nlohmann::ordered_json describe(VXSingleFileDocument& document) {
     info["language"] = document.language().name;
     info["tabSize"] = document.indentationContext().tabSize;
     info["softTabs"] = document.indentationContext().useSoftTabs;
+    const std::u16string text = document.contents().string();
+    const TabDetectionResult detected = detect(text);
+    info["detection"] = {{"undecided", detected.undecided},
+                         {"usesSpaces", detected.usesSpaces},
+                         {"ratio", detected.ratio},
+                         {"width", detected.width},
+                         {"widthConfidence", detected.widthConfidence}};
+    info["shouldHighlight"] = shouldHighlight(text);
     return info;
 }
 
