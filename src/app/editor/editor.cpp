@@ -4,6 +4,7 @@
 
 #include "app/editor/files.hpp"
 #include "app/editor/line_layout.hpp"
+#include "app/editor/theme_colors.hpp"
 #include "app/tui/utf8.hpp"
 #include "app/tui/width.hpp"
 
@@ -49,7 +50,8 @@ std::string digitsOf(uint64_t value) {
 
 }  // namespace
 
-Editor::Editor() : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()) {
+Editor::Editor()
+    : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()), m_styler(std::make_unique<BasicScopeStyler>()) {
     registerEditingCommands(*this);
     registerFileCommands(*this);
 }
@@ -100,6 +102,26 @@ void Editor::revealCaret() {
     if (!tab) return;
     Layout l = layout();
     tab->scrollToCaret(l.textRows, std::max(l.width - l.gutterWidth - 1, 1));
+}
+
+void Editor::applyTheme(const std::shared_ptr<VXTheme>& theme) {
+    if (!theme) return;
+    m_colors = colorsFromTheme(*theme);
+    m_styler = std::make_unique<ThemeStyler>(theme);
+}
+
+bool Editor::hasBackgroundWork() {
+    Tab* tab = activeTab();
+    if (!tab || !tab->highlighter()) return false;
+    uint64_t lastShown = tab->topLine + static_cast<uint64_t>(layout().textRows);
+    return !tab->highlighter()->isWithinReach(std::min(lastShown, tab->text().lineCount() - 1));
+}
+
+void Editor::doBackgroundWork(std::chrono::microseconds budget) {
+    Tab* tab = activeTab();
+    if (!tab || !tab->highlighter()) return;
+    uint64_t lastShown = tab->topLine + static_cast<uint64_t>(layout().textRows);
+    tab->highlighter()->advance(tab->text(), lastShown, budget);
 }
 
 void Editor::handleEvent(const tui::InputEvent& event) {
@@ -299,12 +321,19 @@ void Editor::drawText(tui::Screen& screen, const Layout& l) {
         }
         Range content = text.lineContentRange(line);
         std::u16string lineText = text.substring(content);
+        std::optional<std::vector<StyledRun>> runs;
+        if (tab->highlighter()) runs = tab->highlighter()->runsForLine(text, line, *m_styler, lineStyle);
+        size_t run = 0;
         uint64_t left = tab->leftColumn;
         uint64_t right = left + static_cast<uint64_t>(l.width - textLeft);
         layoutLine(lineText, tabSize, [&](const LaidOutCharacter& ch) {
             if (ch.column >= right) return false;
             uint64_t offset = content.location + ch.offset;
             tui::Style style = lineStyle;
+            if (runs) {
+                while (run < runs->size() && (*runs)[run].end <= ch.offset) ++run;
+                if (run < runs->size() && (*runs)[run].start <= ch.offset) style = (*runs)[run].style;
+            }
             bool selected = offset >= selection.location && offset < selection.end();
             if (selected) style.background = m_colors.selection;
             if (ch.width == 0) {

@@ -8,6 +8,7 @@
 //     row h-1          message line, or the prompt being answered
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,6 +19,7 @@
 
 #include "app/editor/colors.hpp"
 #include "app/editor/modal.hpp"
+#include "selectors/theme.hpp"
 #include "app/editor/tab.hpp"
 #include "app/tui/input_decoder.hpp"
 #include "app/tui/key_bindings.hpp"
@@ -82,6 +84,15 @@ public:
     // Scrolls the active tab so its caret shows; commands call it after moving the caret.
     void revealCaret();
 
+    // Work left for between frames (colouring lines that are out of a frame's reach); each step
+    // takes about `budget`. The front end runs steps while it is idle; the headless session runs
+    // them all before reading the screen.
+    bool hasBackgroundWork();
+    void doBackgroundWork(std::chrono::microseconds budget);
+    void setScopeStyler(std::unique_ptr<ScopeStyler> styler) { m_styler = std::move(styler); }
+    // Draws text and the editor's own parts in a theme's colours.
+    void applyTheme(const std::shared_ptr<VXTheme>& theme);
+
 private:
     void handleMouse(const tui::MouseEvent& mouse);
     void handlePaste(const std::string& text);
@@ -107,6 +118,7 @@ private:
     std::string m_terminalRequests;
     std::u16string m_findQuery;
     EditorColors m_colors;
+    std::unique_ptr<ScopeStyler> m_styler;
     bool m_quitRequested = false;
     bool m_dragging = false;
     std::vector<std::pair<int, int>> m_tabBarSpans;  // columns of each tab's title, for clicks

@@ -11,6 +11,10 @@
 #include <functional>
 
 #include "app/editor/editor.hpp"
+#include "app/editor/highlighting.hpp"
+#include "document/default_detector.hpp"
+#include "document/document_settings.hpp"
+#include "syntax/language_catalog.hpp"
 #include "app/editor/storage_text_buffer.hpp"
 #include "app/tui/utf8.hpp"
 #include "platform/atomic_file.hpp"
@@ -125,6 +129,29 @@ std::vector<std::string> filesUnder(const std::string& folder) {
     return files;
 }
 
+// Detection reads this much of the start of a file (a language's content pattern looks at the
+// first line; indentation detection needs a sample, not a 100 MB text).
+constexpr uint64_t kDetectionSample = 256 * 1024;
+
+// Chooses the tab's language (its colours and its name in the status bar) and its indentation,
+// from the path and the start of the text.
+void setUpLanguageAndIndentation(Tab& tab, const std::string& path) {
+    std::u16string sample = tab.text().substring({0, std::min(tab.text().length(), kDetectionSample)});
+    auto& catalog = VXLanguageCatalog::sharedCatalog();
+    const VXLanguage* language = catalog.detectLanguageForFilePath(path, sample);
+    if (!language) language = catalog.plainText();
+    if (language) {
+        tab.languageName = language->name;
+        if (language != catalog.plainText())
+            if (VXSyntaxRuleset* ruleset = catalog.rulesetForLanguage(*language))
+                tab.setHighlighter(std::make_unique<TabHighlighter>(*ruleset));
+    }
+    DocumentSettings settings(language ? language->identifier : "", path);
+    VXIndentationContext indentation = tabInfoForText(sample, VXIndentationContext::defaultContext(), settings,
+                                                      VXDefaultDetector::sharedDetector().languageForPath(path));
+    tab.setIndentation(static_cast<int>(indentation.tabSize), indentation.useSoftTabs);
+}
+
 }  // namespace
 
 bool openFile(Editor& editor, const std::string& givenPath) {
@@ -147,7 +174,7 @@ bool openFile(Editor& editor, const std::string& givenPath) {
         editor.showMessage("New file: " + givenPath);
     }
     Tab& tab = editor.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(text), path));
-    (void)tab;
+    setUpLanguageAndIndentation(tab, path);
     editor.revealCaret();
     return true;
 }

@@ -91,6 +91,7 @@ void Session::send(std::string_view keyScript) {
 }
 
 const tui::Screen& Session::screen() {
+    while (m_editor.hasBackgroundWork()) m_editor.doBackgroundWork(std::chrono::milliseconds(100));
     m_editor.draw(m_screen);
     return m_screen;
 }

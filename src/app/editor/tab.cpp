@@ -76,6 +76,11 @@ void Tab::replace(Range range, std::u16string_view text, Selection after) {
     Selection before = m_selection;
     std::u16string old = m_text->substring(range);
     m_text->replace(range, text);
+    if (m_highlighter) {
+        // From the line before: an edit just after a CR may have joined it to an LF.
+        uint64_t line = m_text->lineForOffset(range.location);
+        m_highlighter->invalidateFrom(line > 0 ? line - 1 : 0);
+    }
     m_selection = after;
     Range inserted{range.location, text.size()};
     m_undo.registerUndo(this, [this, inserted, old, before] { replace(inserted, old, before); });

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "app/editor/highlighting.hpp"
 #include "app/editor/text_buffer.hpp"
 #include "platform/undo_manager.hpp"
 
@@ -48,6 +49,10 @@ public:
     std::string displayName() const;
     bool isModified() const { return m_typing || m_changeCount != m_savedChangeCount; }
     void markSaved() { m_savedChangeCount = m_changeCount; }
+
+    // Colours from the line highlighter; none for plain text.
+    TabHighlighter* highlighter() { return m_highlighter.get(); }
+    void setHighlighter(std::unique_ptr<TabHighlighter> highlighter) { m_highlighter = std::move(highlighter); }
 
     // What the status bar shows about the text.
     std::string languageName = "Plain Text";
@@ -105,6 +110,7 @@ private:
     std::pair<uint64_t, uint64_t> selectedLines() const;
 
     std::unique_ptr<TextBuffer> m_text;
+    std::unique_ptr<TabHighlighter> m_highlighter;
     std::string m_path;
     UndoManager m_undo;
     long m_changeCount = 0;

@@ -6,6 +6,7 @@
 
 #include "app/editor/editor.hpp"
 #include "app/editor/files.hpp"
+#include "app/editor/theme_colors.hpp"
 #include "app/tui/input_decoder.hpp"
 #include "app/tui/renderer.hpp"
 #include "app/tui/terminal.hpp"
@@ -91,6 +92,14 @@ private:
 
     void paint() {
         if (m_done) return;
+        // Colouring that a frame could not reach goes on in small steps, a frame after each.
+        if (m_editor.hasBackgroundWork() && !m_backgroundStep) {
+            m_backgroundStep = RunLoop::main().performAfterDelay(std::chrono::milliseconds(0), [this] {
+                m_backgroundStep = 0;
+                m_editor.doBackgroundWork(std::chrono::milliseconds(8));
+                paint();
+            });
+        }
         m_editor.draw(m_screen);
         std::string out = m_renderer.render(m_screen);
         out += m_editor.takeTerminalRequests();
@@ -105,6 +114,7 @@ private:
     tui::InputDecoder m_decoder;
     tui::Screen m_screen;
     RunLoop::TimerId m_escapeTimer = 0;
+    RunLoop::TimerId m_backgroundStep = 0;
     bool m_done = false;
     int m_status = 0;
 };
@@ -129,6 +139,7 @@ void loadUserKeyBindings(Editor& editor) {
 
 int runTerminalEditor(const std::vector<std::string>& paths) {
     Editor editor;
+    editor.applyTheme(loadUserTheme());
     loadUserKeyBindings(editor);
     tui::Terminal terminal;
     openStartupPaths(editor, paths);

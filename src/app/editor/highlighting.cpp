@@ -1,0 +1,181 @@
+#include "app/editor/highlighting.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+#include "syntax/document_highlighter.hpp"
+#include "syntax/zone_definition.hpp"
+
+namespace vx::editor {
+namespace {
+
+using tui::Color;
+
+struct ScopeColor {
+    std::string_view prefix;
+    Color color;
+    uint8_t attributes;
+};
+
+// The first prefix that matches a scope, looking from the innermost scope outwards, decides.
+constexpr ScopeColor kScopeColors[] = {
+    {"comment", Color::rgb(0x7f, 0x84, 0x8e), tui::kItalic},
+    {"string.regexp", Color::rgb(0xd1, 0x9a, 0x66), 0},
+    {"string", Color::rgb(0x98, 0xc3, 0x79), 0},
+    {"constant.character.escape", Color::rgb(0x56, 0xb6, 0xc2), 0},
+    {"constant", Color::rgb(0xd1, 0x9a, 0x66), 0},
+    {"keyword.operator", Color::rgb(0x56, 0xb6, 0xc2), 0},
+    {"keyword", Color::rgb(0xc6, 0x78, 0xdd), 0},
+    {"storage", Color::rgb(0xc6, 0x78, 0xdd), 0},
+    {"entity.name.function", Color::rgb(0x61, 0xaf, 0xef), 0},
+    {"entity.name.tag", Color::rgb(0xe0, 0x6c, 0x75), 0},
+    {"entity.other.attribute-name", Color::rgb(0xd1, 0x9a, 0x66), 0},
+    {"entity.name", Color::rgb(0xe5, 0xc0, 0x7b), 0},
+    {"support.function", Color::rgb(0x61, 0xaf, 0xef), 0},
+    {"support", Color::rgb(0x56, 0xb6, 0xc2), 0},
+    {"variable.parameter", Color::rgb(0xe5, 0xc0, 0x7b), tui::kItalic},
+    {"variable", Color::rgb(0xe0, 0x6c, 0x75), 0},
+    {"meta.preprocessor", Color::rgb(0xc6, 0x78, 0xdd), 0},
+    {"markup.heading", Color::rgb(0xe0, 0x6c, 0x75), tui::kBold},
+    {"markup.bold", Color{}, tui::kBold},
+    {"markup.italic", Color{}, tui::kItalic},
+    {"invalid", Color::rgb(0xff, 0x50, 0x50), tui::kUnderline},
+};
+
+bool hasComponentPrefix(std::string_view scope, std::string_view prefix) {
+    return scope.starts_with(prefix) && (scope.size() == prefix.size() || scope[prefix.size()] == '.');
+}
+
+// The scope stack through one line, from its events (the innermost last).
+class ScopeStack {
+public:
+    void push(const VXSyntaxZone& zone) { m_entries.push_back(zone); }
+    void pop(const VXSyntaxZone& zone) {
+        // The entry an end closes: the innermost of the same origin, even when crossing captures
+        // leave it below the top.
+        for (size_t i = m_entries.size(); i-- > 0;) {
+            const VXSyntaxZone& e = m_entries[i];
+            if (e.scope == zone.scope && e.definition == zone.definition && e.semanticType == zone.semanticType) {
+                m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(i));
+                return;
+            }
+        }
+    }
+    VXContext context() const {
+        VXContext out;
+        for (const auto& e : m_entries) out.push(e);
+        return out;
+    }
+
+private:
+    std::vector<VXSyntaxZone> m_entries;
+};
+
+}  // namespace
+
+tui::Style BasicScopeStyler::styleFor(const VXContext& context, const tui::Style& base) const {
+    for (size_t i = context.size(); i-- > 0;) {
+        std::string_view name = context[i].scope.stringRepresentation();
+        for (const auto& entry : kScopeColors) {
+            if (!hasComponentPrefix(name, entry.prefix)) continue;
+            tui::Style style = base;
+            if (!entry.color.isDefault()) style.foreground = entry.color;
+            style.attributes |= entry.attributes;
+            return style;
+        }
+    }
+    return base;
+}
+
+TabHighlighter::TabHighlighter(const VXSyntaxRuleset& ruleset) : m_ruleset(ruleset) {
+    m_checkpoints.push_back(rootContextForRuleset(ruleset));
+}
+
+void TabHighlighter::invalidateFrom(uint64_t line) {
+    // The checkpoint at or before the line stays: it is the start of a line the edit did not reach.
+    size_t keep = static_cast<size_t>(line / kCheckpointInterval) + 1;
+    if (m_checkpoints.size() > keep) m_checkpoints.resize(keep);
+}
+
+VXContext TabHighlighter::parseLine(const TextBuffer& text, uint64_t line, const VXContext& start,
+                                    std::vector<VXSyntaxZone>& events) {
+    uint64_t begin = text.lineStart(line);
+    uint64_t end = line + 1 < text.lineCount() ? text.lineStart(line + 1) : text.length();
+    std::u16string units = text.substring({begin, end - begin});
+    uint64_t content = text.lineContentRange(line).length;
+    const VXSyntaxLine subject{units, content, begin};
+    events.clear();
+    return VXSyntaxParseLine(start, subject, events, m_ruleset, &m_state);
+}
+
+bool TabHighlighter::advance(const TextBuffer& text, uint64_t target, std::chrono::microseconds budget) {
+    target = std::min(target, text.lineCount() - 1);
+    auto deadline = std::chrono::steady_clock::now() + budget;
+    std::vector<VXSyntaxZone> events;
+    // The checkpoint that serves `target` is known once knownThrough() + interval > target.
+    while (knownThrough() + kCheckpointInterval <= target) {
+        uint64_t line = knownThrough();
+        VXContext context = m_checkpoints.back();
+        for (uint64_t stop = line + kCheckpointInterval; line < stop; ++line) context = parseLine(text, line, context, events);
+        m_checkpoints.push_back(std::move(context));
+        if (std::chrono::steady_clock::now() >= deadline) break;
+    }
+    return knownThrough() + kCheckpointInterval > target;
+}
+
+VXContext TabHighlighter::contextForLine(const TextBuffer& text, uint64_t line) {
+    advance(text, line, std::chrono::hours(1));
+    uint64_t from = line / kCheckpointInterval * kCheckpointInterval;
+    VXContext context = m_checkpoints[from / kCheckpointInterval];
+    std::vector<VXSyntaxZone> events;
+    for (uint64_t l = from; l < line; ++l) context = parseLine(text, l, context, events);
+    return context;
+}
+
+std::optional<std::vector<StyledRun>> TabHighlighter::runsForLine(const TextBuffer& text, uint64_t line,
+                                                                 const ScopeStyler& styler, const tui::Style& base) {
+    if (line >= text.lineCount() || !isWithinReach(line)) return std::nullopt;
+    VXContext start = contextForLine(text, line);
+    std::vector<VXSyntaxZone> events;
+    parseLine(text, line, start, events);
+
+    ScopeStack stack;
+    for (const VXSyntaxZone& zone : start) {
+        stack.push(zone);
+        if (zone.definition && !zone.definition->innerScope.isNil()) {
+            VXSyntaxZone inner = zone;
+            inner.scope = zone.definition->innerScope;
+            inner.semanticType = VXSXZoneSemanticTypeInner;
+            stack.push(inner);
+        }
+    }
+    uint64_t lineStart = text.lineStart(line);
+    uint64_t length = text.lineContentRange(line).length;
+    std::vector<StyledRun> runs;
+    uint64_t column = 0;
+    auto advanceTo = [&](uint64_t to) {
+        to = std::min(to, length);
+        if (to <= column) return;
+        tui::Style style = styler.styleFor(stack.context(), base);
+        if (!runs.empty() && runs.back().end == column && runs.back().style == style) runs.back().end = to;
+        else runs.push_back({column, to, style});
+        column = to;
+    };
+    auto relative = [&](uint64_t location) { return location < lineStart ? 0 : location - lineStart; };
+    for (const VXSyntaxZone& zone : events) {
+        advanceTo(relative(zone.range.location));
+        switch (zone.effectiveType) {
+            case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
+            case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
+            case VXSXZoneEffectiveTypeWhole:
+                stack.push(zone);
+                advanceTo(relative(zone.range.end()));
+                stack.pop(zone);
+                break;
+        }
+    }
+    advanceTo(length);
+    return runs;
+}
+
+}  // namespace vx::editor
