@@ -220,6 +220,12 @@ TEST(BundledTruffle, HoldsTheLanguagesTheEditorPromises) {
     for (const char* name : {"c", "c++", "css", "html", "javascript", "json", "markdown", "python", "selfml",
                              "shell", "txt"})
         EXPECT_TRUE(findLanguage(name)) << name;
+    // Other definitions embed a language through its collection "main" (the README says so).
+    for (const auto& language : bundledLanguages()) {
+        const auto collections = walkDefinition(language).collections;
+        EXPECT_NE(std::find(collections.begin(), collections.end(), "main"), collections.end())
+            << language.name << " has no collection main";
+    }
     const auto info = SFONode::nodeFromString([] {
         std::ifstream in(bundledTruffle() / "info.selfml");
         std::ostringstream text;
