@@ -223,7 +223,7 @@ TEST(BundledTruffle, HoldsTheLanguagesTheEditorPromises) {
     // Other definitions embed a language through its collection "main" (the README says so).
     for (const auto& language : bundledLanguages()) {
         const auto collections = walkDefinition(language).collections;
-        EXPECT_NE(std::find(collections.begin(), collections.end(), "main"), collections.end())
+        EXPECT_TRUE(std::find(collections.begin(), collections.end(), "main") != collections.end())
             << language.name << " has no collection main";
     }
     const auto info = SFONode::nodeFromString([] {
