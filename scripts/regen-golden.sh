@@ -19,10 +19,10 @@ for language in "$@"; do
     dir="tests/data/syntax/$language"
     [ -d "$dir" ] || { echo "regen-golden: no samples for $language" >&2; exit 1; }
     for sample in "$dir"/*; do
-        case "$sample" in *.scopes) continue ;; esac
+        case "$sample" in *.scopes | *.scopes.new) continue ;; esac
         [ -f "$sample" ] || continue
         "$vx" highlight --format scopes --language "$language" "$sample" > "$sample.scopes.new"
-        mv "$sample.scopes.new" "$sample.scopes"
+        mv "$sample.scopes.new" "$sample.scopes"   # also replaces a .new left by a failed test
         echo "$sample.scopes"
     done
 done
