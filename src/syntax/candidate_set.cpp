@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/log.hpp"
-#include "syntax/onig_handles.hpp"
 
 namespace vx {
 namespace {
@@ -32,97 +30,50 @@ VXCandidateSet::VXCandidateSet(const VXSyntaxZoneDefinition& owner, const VXSynt
         const auto type = definition->isStartEnd() ? VXSXMatchPatternTypeStart : VXSXMatchPatternTypeMain;
         const auto index = static_cast<uint32_t>(m_candidates.size());
         m_candidates.push_back({definition, type});
-        if (definition->pattern(type)->searchRegex()) m_setToCandidate.push_back(index);
+        if (definition->pattern(type)->searchRegex()) m_searchable.push_back(index);
         else m_positional.push_back(index);
     }
 }
 
-VXRegexSetPtr VXCandidateSet::buildRegSet() const {
-    // A set owns the expressions put into it, so it gets its own compiled copies.
-    std::vector<OnigRegexPtr> owned;
-    for (uint32_t index : m_setToCandidate) {
-        const auto& candidate = m_candidates[index];
-        const VXSyntaxPatternDefinition* pattern = candidate.definition->pattern(candidate.patternType);
-        OnigRegexPtr regex = compileOnigRegex(pattern->searchExpression(), pattern->searchOptions());
-        if (!regex) return {};
-        owned.push_back(std::move(regex));
-    }
-    OnigRegSet* raw = nullptr;
-    if (onig_regset_new(&raw, 0, nullptr) != ONIG_NORMAL) return {};
-    VXRegexSetPtr set(vxSet(raw));
-    for (auto& regex : owned) {
-        if (onig_regset_add(onigSet(set.get()), regex.get()) != ONIG_NORMAL) return {};
-        regex.release();  // the set frees it now
-    }
-    return set;
+uint64_t VXSyntaxSearchCache::nextMatch(const VXSyntaxPatternDefinition& pattern, const VXSyntaxLine& line,
+                                        uint64_t from, VXRegexRegion* region) {
+    const uint32_t id = pattern.searchId();
+    if (id >= m_entries.size()) m_entries.resize(std::max<size_t>(VXSyntaxPatternDefinition::searchIdCount(), id + 1));
+    Entry& entry = m_entries[id];
+    if (entry.line == m_line && entry.from <= from && (entry.found == kNotFound || entry.found >= from)) return entry.found;
+    const auto found = pattern.searchRegex()->search(line.text, from, line.text.size(), region);
+    entry = {m_line, from, found ? *found : kNotFound};
+    return entry.found;
 }
 
-VXRegexSet* VXCandidateSet::acquireRegSet() const {
-    if (m_setToCandidate.empty()) return nullptr;
-    {
-        std::lock_guard lock(m_poolMutex);
-        if (m_setFailed) return nullptr;
-        if (!m_pool.empty()) {
-            VXRegexSet* set = m_pool.back().release();
-            m_pool.pop_back();
-            return set;
-        }
-    }
-    VXRegexSetPtr set = buildRegSet();
-    if (!set) {
-        VX_LOG_DEBUG("syntax", "regex set could not be built; candidates are tried one position at a time");
-        std::lock_guard lock(m_poolMutex);
-        m_setFailed = true;
-        return nullptr;
-    }
-    return set.release();
-}
-
-void VXCandidateSet::releaseRegSet(VXRegexSet* set) const {
-    if (!set) return;
-    std::lock_guard lock(m_poolMutex);
-    m_pool.emplace_back(set);
-}
-
-std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& line, uint64_t from, VXRegexSet* set,
-                                                            VXRegexRegion* region) const {
-    // Candidates are tried only before the content end (see the line loop). The set searches
-    // to the line's end, as a shorter range is not reliably exclusive, and its answer is checked.
+std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& line, uint64_t from,
+                                                            VXSyntaxSearchCache& cache, VXRegexRegion* region) const {
     const uint64_t limit = line.contentLength;
-    if (from >= limit || m_candidates.empty()) return std::nullopt;
-    // Without a set every candidate is tried position by position.
-    const bool searchable = set != nullptr;
-    uint64_t found = limit;
+    if (from >= limit) return std::nullopt;
+    uint64_t found = kNotFound;
     size_t foundIndex = m_candidates.size();
-    if (searchable) {
-        const OnigUChar* str = onigBytes(line.text.data());
-        const OnigUChar* end = str + line.text.size() * 2;
-        int position = 0;
-        const int r = onig_regset_search(onigSet(set), str, end, str + from * 2, end, ONIG_REGSET_POSITION_LEAD,
-                                         ONIG_OPTION_NONE, &position);
-        if (r >= 0 && static_cast<uint64_t>(position) / 2 < limit) {
-            found = static_cast<uint64_t>(position) / 2;
-            foundIndex = m_setToCandidate[static_cast<size_t>(r)];
+    for (uint32_t index : m_searchable) {
+        const auto& candidate = m_candidates[index];
+        const uint64_t at = cache.nextMatch(*candidate.definition->pattern(candidate.patternType), line, from, region);
+        if (at < found) {  // strictly: on a tie the earlier candidate stays
+            found = at;
+            foundIndex = index;
+            if (found == from) break;  // nothing can be further left
         }
     }
-    const std::vector<uint32_t>* positional = &m_positional;
-    std::vector<uint32_t> everything;
-    if (!searchable) {
-        everything.resize(m_candidates.size());
-        for (uint32_t i = 0; i < everything.size(); ++i) everything[i] = i;
-        positional = &everything;
+    if (found >= limit) {
+        found = kNotFound;
+        foundIndex = m_candidates.size();
     }
-    if (!positional->empty()) {
-        // Positions before the set's match: any positional candidate wins. At the set's match:
-        // only those that come before the set's winner.
-        for (uint64_t p = from; p <= found && p < limit; p = VXSyntaxNextCharacter(line.text, p)) {
-            for (uint32_t index : *positional) {
-                if (p == found && index > foundIndex) break;
-                const auto& candidate = m_candidates[index];
-                const VXSyntaxPatternDefinition* pattern = candidate.definition->pattern(candidate.patternType);
-                if (pattern->matchAt(line, p, region)) return Found{p, index};
-            }
+    // Positions before the searched match: any positional candidate wins. At the searched
+    // match: only those that come before its candidate.
+    for (uint64_t p = from; p <= found && p < limit; p = VXSyntaxNextCharacter(line.text, p)) {
+        for (uint32_t index : m_positional) {
+            if (p == found && index > foundIndex) break;
+            const auto& candidate = m_candidates[index];
+            if (candidate.definition->pattern(candidate.patternType)->matchAt(line, p, region)) return Found{p, index};
         }
+        if (m_positional.empty()) break;
     }
     if (foundIndex == m_candidates.size()) return std::nullopt;
     return Found{found, foundIndex};

@@ -3,23 +3,28 @@
 // The line loop is defined position by position: at each position the candidate definitions
 // are tried in file order (groups and includes expanded depth first, each definition once)
 // and the first that matches wins. Trying every candidate at every position is slow; the same
-// winner is found by asking, for the whole set at once, for the leftmost position where any
-// candidate matches and, at that position, the earliest candidate. Oniguruma's regex sets do
-// exactly that in one call (position-lead search). Strings and word lists join the set as
-// literal expressions, and the boundary and anchor flags are written into each expression, so
-// that a match the set finds is a match the anchored test would accept. Expressions that
-// cannot be searched for (those using \G, whose meaning depends on where a search starts) are
-// tried position by position instead.
+// winner is found from, for each candidate, the leftmost position at or after the current one
+// where it matches: the smallest of those wins, the earliest candidate on a tie. Strings and
+// word lists are searched as literal expressions, and the boundary and anchor flags are written
+// into each expression, so that a match a search finds is a match the anchored test accepts.
+// A match found further along a line stays the next one until the position passes it, so each
+// pattern is searched again only then (VXSyntaxSearchCache), whichever zone asks.
 //
-// A regex set keeps match state, so each thread borrows its own from the set's pool.
+// Why not Oniguruma's regex sets, which answer "leftmost, earliest expression first" in one
+// call: each call starts every expression's own scan for its literal prefix afresh, so one
+// expression that does not occur on a long line costs a scan to the line's end per call, and
+// the line's cost grows with its length squared (a minified 89 KB script took two minutes). A
+// shorter search range does not help: Oniguruma then misses matches that start inside the range
+// but extend past it. Expressions that cannot be searched for (those using \G, whose meaning
+// depends on where a search starts) are tried position by position instead.
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <vector>
 
 #include "syntax/pattern_definition.hpp"
+#include "platform/range.hpp"
 #include "syntax/regex.hpp"
 #include "syntax/zone_definition.hpp"
 
@@ -35,6 +40,25 @@ struct VXSyntaxCandidate {
 std::vector<const VXSyntaxZoneDefinition*> flattenCandidates(const VXSyntaxZoneDefinition& owner,
                                                              const VXSyntaxRuleset* base);
 
+// The leftmost match of each search pattern at or after a position, kept for one line.
+class VXSyntaxSearchCache {
+public:
+    void beginLine() { ++m_line; }
+    // The leftmost position at or after `from` where the pattern's search expression matches
+    // (up to the end of the line's text, its break included), or kNotFound.
+    uint64_t nextMatch(const VXSyntaxPatternDefinition& pattern, const VXSyntaxLine& line, uint64_t from,
+                       VXRegexRegion* region);
+
+private:
+    struct Entry {
+        uint64_t line = 0;
+        uint64_t from = 0;
+        uint64_t found = 0;
+    };
+    std::vector<Entry> m_entries;
+    uint64_t m_line = 1;
+};
+
 class VXCandidateSet {
 public:
     VXCandidateSet(const VXSyntaxZoneDefinition& owner, const VXSyntaxRuleset* base);
@@ -49,24 +73,14 @@ public:
         size_t index;  // into candidates()
     };
     // The leftmost position at or after `from`, before the line's content end, where a
-    // candidate matches, with the earliest candidate there. `set` is a regex set borrowed from
-    // this candidate set (null when none could be had: then every candidate is tried position
-    // by position); `region` is scratch for anchored tests.
-    std::optional<Found> search(const VXSyntaxLine& line, uint64_t from, VXRegexSet* set, VXRegexRegion* region) const;
-
-    // Borrows a regex set for one thread; null when no candidate is searchable.
-    VXRegexSet* acquireRegSet() const;
-    void releaseRegSet(VXRegexSet* set) const;
+    // candidate matches, with the earliest candidate there.
+    std::optional<Found> search(const VXSyntaxLine& line, uint64_t from, VXSyntaxSearchCache& cache,
+                                VXRegexRegion* region) const;
 
 private:
-    VXRegexSetPtr buildRegSet() const;
-
     std::vector<VXSyntaxCandidate> m_candidates;
-    std::vector<uint32_t> m_setToCandidate;  // regex set index -> candidate index
-    std::vector<uint32_t> m_positional;      // candidates tried position by position
-    mutable std::mutex m_poolMutex;
-    mutable std::vector<VXRegexSetPtr> m_pool;
-    mutable bool m_setFailed = false;
+    std::vector<uint32_t> m_searchable;  // candidates found by searching, in order
+    std::vector<uint32_t> m_positional;  // candidates tried position by position, in order
 };
 
 // The next position after `position`: a surrogate pair counts as one character, so that no

@@ -22,41 +22,52 @@ const VXSyntaxPatternRegexDefinition* backrefEndPattern(const VXSyntaxZoneDefini
     return regex->hasBackrefs ? regex : nullptr;
 }
 
-// The leftmost position at or after `from` (up to the content end, inclusive) where the
-// innermost zone's end matches, or kNotFound.
-uint64_t searchEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) {
-    const VXSyntaxZone& zone = stack.top().zone;
-    const VXSyntaxZoneDefinition& definition = *zone.definition;
-    const VXRegex* search = nullptr;
-    if (backrefEndPattern(definition)) {
-        if (!zone.endPattern || !zone.endPattern->anchored) return kNotFound;  // never matches
-        search = zone.endPattern->search.get();
+// The leftmost position at or after `from`, up to the content end, where the innermost zone's
+// end matches; kNotFound when there is none on the rest of the line.
+uint64_t findEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t from, VXSyntaxParseState& state) {
+    VXSyntaxOpenZone& open = stack.top();
+    const VXSyntaxZoneDefinition& definition = *open.zone.definition;
+    uint64_t found = kNotFound;
+    if (!backrefEndPattern(definition)) {
+        if (definition.endPattern->searchRegex()) {
+            found = state.searches.nextMatch(*definition.endPattern, line, from, state.region());
+        } else {
+            for (uint64_t p = from; p <= line.contentLength && found == kNotFound; p = VXSyntaxNextCharacter(line.text, p))
+                if (VXSyntaxParseAttemptEnd(stack, line, p, state.region())) found = p;
+        }
+    } else if (open.endSearchedFrom <= from && (open.endFoundAt == kNotFound || open.endFoundAt >= from)) {
+        found = open.endFoundAt;
     } else {
-        search = definition.endPattern->searchRegex();
+        const auto& instance = open.zone.endPattern;
+        if (instance && instance->search) {
+            found = instance->search->search(line.text, from, line.text.size(), state.region()).value_or(kNotFound);
+        } else if (instance && instance->anchored) {
+            for (uint64_t p = from; p <= line.contentLength && found == kNotFound; p = VXSyntaxNextCharacter(line.text, p))
+                if (VXSyntaxParseAttemptEnd(stack, line, p, state.region())) found = p;
+        }
+        open.endSearchedFrom = from;
+        open.endFoundAt = found;
     }
-    if (search) {
-        const auto found = search->search(line.text, from, region);
-        return found && *found <= line.contentLength ? *found : kNotFound;
-    }
-    for (uint64_t p = from; p <= line.contentLength; p = VXSyntaxNextCharacter(line.text, p))
-        if (VXSyntaxParseAttemptEnd(stack, line, p, region)) return p;
-    return kNotFound;
+    return found <= line.contentLength ? found : kNotFound;
 }
 
-// The set's leftmost match at or after `position`, reusing the line's earlier searches: a
-// match found further along stays the leftmost until the position passes it.
-std::optional<VXCandidateSet::Found> searchCandidates(const VXCandidateSet& set, const VXSyntaxLine& line,
-                                                      uint64_t position, VXSyntaxParseState& state) {
-    for (auto& cached : state.lineSearches) {
-        if (cached.set != &set) continue;
-        if (cached.from <= position && (!cached.found || cached.found->position >= position)) return cached.found;
-        cached.from = position;
-        cached.found = set.search(line, position, state.regSetFor(set), state.region());
-        return cached.found;
-    }
-    auto found = set.search(line, position, state.regSetFor(set), state.region());
-    state.lineSearches.push_back({&set, position, line.contentLength, found});
-    return found;
+struct NextEvent {
+    enum Kind { None, End, Candidate } kind = None;
+    uint64_t position = 0;
+    size_t index = 0;
+};
+
+// What happens next from `position`: the innermost zone's end, or a candidate (the end wins
+// at the same position), or nothing on the rest of the line.
+NextEvent findNextEvent(VXSyntaxZoneStack& stack, const VXCandidateSet& set, const VXSyntaxLine& line,
+                        uint64_t position, VXSyntaxParseState& state) {
+    const bool hasEnd = !stack.empty() && stack.top().zone.definition && stack.top().zone.definition->isStartEnd();
+    const uint64_t end = hasEnd ? findEnd(stack, line, position, state) : kNotFound;
+    if (end == position) return {NextEvent::End, end, 0};
+    const auto candidate = set.search(line, position, state.searches, state.region());
+    if (candidate && candidate->position < end) return {NextEvent::Candidate, candidate->position, candidate->index};
+    if (end != kNotFound) return {NextEvent::End, end, 0};
+    return {};
 }
 
 }  // namespace
@@ -64,18 +75,6 @@ std::optional<VXCandidateSet::Found> searchCandidates(const VXCandidateSet& set,
 // --- state ------------------------------------------------------------------------------
 
 VXSyntaxParseState::VXSyntaxParseState() : m_region(makeRegion()) {}
-
-VXSyntaxParseState::~VXSyntaxParseState() {
-    for (auto& [set, regSet] : m_borrowed) set->releaseRegSet(regSet);
-}
-
-VXRegexSet* VXSyntaxParseState::regSetFor(const VXCandidateSet& set) {
-    for (auto& [owner, regSet] : m_borrowed)
-        if (owner == &set) return regSet;
-    VXRegexSet* regSet = set.acquireRegSet();
-    m_borrowed.emplace_back(&set, regSet);
-    return regSet;
-}
 
 // --- the building blocks ----------------------------------------------------------------
 
@@ -286,7 +285,7 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
                             const VXSyntaxRuleset& ruleset, VXSyntaxParseState* state) {
     VXSyntaxParseState localState;
     if (!state) state = &localState;
-    state->lineSearches.clear();
+    state->searches.beginLine();
     VXRegexRegion* region = state->region();
 
     VXSyntaxZoneStack stack;
@@ -300,59 +299,50 @@ VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line,
         position = next;
     };
 
-    while (position <= contentEnd) {
-        // 1. The innermost zone's end, searched once and reused until the position passes it.
-        uint64_t endAt = kNotFound;
-        if (!stack.empty() && stack.top().zone.definition && stack.top().zone.definition->isStartEnd()) {
-            VXSyntaxOpenZone& top = stack.top();
-            const bool stillValid = top.endSearchedFrom <= position && (top.endFoundAt == kNotFound || top.endFoundAt >= position);
-            if (!stillValid) {
-                top.endSearchedFrom = position;
-                top.endFoundAt = searchEnd(stack, line, position, region);
-            }
-            endAt = top.endFoundAt;
+    // Where a search and the anchored test disagree (only an expression whose meaning depends
+    // on where matching starts can cause it), the position is decided the long way.
+    auto decideLiterally = [&] {
+        ++state->disagreements;
+        if (auto length = VXSyntaxParseAttemptEnd(stack, line, position, region)) {
+            VXSyntaxEmitEnd(stack, position, *length, region, line, events);
+            moveTo(position + *length);
+            return;
         }
-        if (endAt == position) {
-            if (auto length = VXSyntaxParseAttemptEnd(stack, line, position, region)) {
-                VXSyntaxEmitEnd(stack, position, *length, region, line, events);
-                moveTo(position + *length);
+        std::vector<const VXSyntaxZoneDefinition*> visited;
+        const auto subzones = VXSyntaxCandidateOwner(stack, ruleset).subzonesForBase(&ruleset);
+        const auto match = VXSyntaxParseZonesForLine(subzones, &ruleset, line, position, visited, region);
+        if (!match) {
+            moveTo(VXSyntaxNextCharacter(line.text, position));
+            return;
+        }
+        VXSyntaxEmitMatch(*match->definition, position, match->length, region, line, stack, events);
+        position = VXSyntaxPositionAfterMatch(line, position, match->length, emptyMatches);
+    };
+
+    while (position <= contentEnd) {
+        const VXCandidateSet& set = VXSyntaxCandidateOwner(stack, ruleset).candidatesForBase(&ruleset);
+        const NextEvent next = findNextEvent(stack, set, line, position, *state);
+        if (next.kind == NextEvent::None) break;
+        moveTo(next.position);
+
+        if (next.kind == NextEvent::End) {
+            auto length = VXSyntaxParseAttemptEnd(stack, line, position, region);
+            if (!length) {
+                decideLiterally();
                 continue;
             }
-            // The search and the anchored test disagree (an expression whose meaning depends on
-            // where matching starts): trust the anchored test and look further on.
-            ++state->disagreements;
-            stack.top().endFoundAt = searchEnd(stack, line, VXSyntaxNextCharacter(line.text, position), region);
-            endAt = stack.top().endFoundAt;
-        }
-        // 2. Nothing starts at the content end.
-        if (position >= contentEnd) break;
-
-        // 3. The earliest candidate at the leftmost position before the end.
-        const VXCandidateSet& set = VXSyntaxCandidateOwner(stack, ruleset).candidatesForBase(&ruleset);
-        const auto found = searchCandidates(set, line, position, *state);
-        if (!found || (endAt != kNotFound && found->position >= endAt)) {
-            if (endAt == kNotFound) break;
-            moveTo(endAt);
+            VXSyntaxEmitEnd(stack, position, *length, region, line, events);
+            moveTo(position + *length);
             continue;
         }
-        moveTo(found->position);
-        const VXSyntaxCandidate& candidate = set.candidates()[found->index];
+
+        const VXSyntaxCandidate& candidate = set.candidates()[next.index];
         auto length = VXSyntaxParseHasMatch(*candidate.definition, nullptr, candidate.patternType, line, position, region);
-        const VXSyntaxZoneDefinition* winner = candidate.definition;
         if (!length) {
-            // Same disagreement as above: decide this position the long way.
-            ++state->disagreements;
-            std::vector<const VXSyntaxZoneDefinition*> visited;
-            const auto subzones = VXSyntaxCandidateOwner(stack, ruleset).subzonesForBase(&ruleset);
-            const auto match = VXSyntaxParseZonesForLine(subzones, &ruleset, line, position, visited, region);
-            if (!match) {
-                moveTo(VXSyntaxNextCharacter(line.text, position));
-                continue;
-            }
-            winner = match->definition;
-            length = match->length;
+            decideLiterally();
+            continue;
         }
-        VXSyntaxEmitMatch(*winner, position, *length, region, line, stack, events);
+        VXSyntaxEmitMatch(*candidate.definition, position, *length, region, line, stack, events);
         position = VXSyntaxPositionAfterMatch(line, position, *length, emptyMatches);
     }
     return VXSyntaxContextFromStack(stack);

@@ -30,34 +30,25 @@
 
 namespace vx {
 
-// An open zone with where its end pattern was last searched for on this line.
+// An open zone with, for an end pattern built for it alone (back-references), the leftmost
+// end match at or after endSearchedFrom on this line (line-relative; kNotFound: none).
 struct VXSyntaxOpenZone {
     VXSyntaxZone zone;
-    uint64_t endSearchedFrom = kNotFound;  // line-relative
-    uint64_t endFoundAt = kNotFound;       // kNotFound: no end on the rest of the line
+    uint64_t endSearchedFrom = kNotFound;
+    uint64_t endFoundAt = kNotFound;
 };
 using VXSyntaxZoneStack = VXSpeedyArray<VXSyntaxOpenZone>;
 
-// Scratch that one thread keeps while it highlights a run of lines: the match region and the
-// regex sets it borrowed (given back when the state is destroyed). Optional: a line parsed
-// without one makes its own.
+// Scratch that one thread keeps while it highlights a run of lines: the match region and what
+// the searches on the current line found. Optional: a line parsed without one makes its own.
 class VXSyntaxParseState {
 public:
     VXSyntaxParseState();
-    ~VXSyntaxParseState();
     VXSyntaxParseState(const VXSyntaxParseState&) = delete;
     VXSyntaxParseState& operator=(const VXSyntaxParseState&) = delete;
 
     VXRegexRegion* region() { return m_region.get(); }
-    VXRegexSet* regSetFor(const VXCandidateSet& set);
-
-    // Where each candidate set's last search on the current line left off.
-    struct CachedSearch {
-        const VXCandidateSet* set;
-        uint64_t from, limit;
-        std::optional<VXCandidateSet::Found> found;
-    };
-    std::vector<CachedSearch> lineSearches;
+    VXSyntaxSearchCache searches;
     // Times a search found a match that the anchored test then refused (the line loop then
     // decides that position the long way). Only an expression whose meaning depends on where
     // matching starts can cause it; the tests expect none.
@@ -65,7 +56,6 @@ public:
 
 private:
     VXRegexRegionPtr m_region;
-    std::vector<std::pair<const VXCandidateSet*, VXRegexSet*>> m_borrowed;
 };
 
 // Highlights one line: appends its events to `events` (document offsets) and answers the

@@ -76,7 +76,7 @@ bool contentMatches(const VXLanguage& language, std::u16string_view head) {
     auto regex = VXRegex::compile(utf16FromUtf8(language.contentRegex));
     if (!regex) return false;
     auto region = makeRegion();
-    return regex->search(head, 0, region.get()).has_value();
+    return regex->search(head, 0, head.size(), region.get()).has_value();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "syntax/pattern_definition.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 
 #include "syntax/mapped_string.hpp"
@@ -121,10 +122,17 @@ VXRegexOptions VXSyntaxPatternDefinition::searchOptions() const {
     return {caseInsensitive, regex.freeSpacing};
 }
 
+namespace {
+std::atomic<uint32_t> nextSearchId{0};
+}
+
+uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load(); }
+
 const VXRegex* VXSyntaxPatternDefinition::searchRegex() const {
     std::call_once(m_searchOnce, [this] {
         const std::u16string expression = searchExpression();
         if (!expression.empty()) m_searchRegex = VXRegex::compile(expression, searchOptions());
+        if (m_searchRegex) m_searchId = nextSearchId++;
     });
     return m_searchRegex.get();
 }

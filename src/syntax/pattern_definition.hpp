@@ -78,6 +78,13 @@ public:
     VXRegexOptions searchOptions() const;
     // The search expression compiled once (null when there is none or it does not compile).
     const VXRegex* searchRegex() const;
+    // A number of its own for each pattern that has a search expression (dense, from 0), so
+    // that a line's search results can be kept in an array.
+    uint32_t searchId() const {
+        searchRegex();
+        return m_searchId;
+    }
+    static uint32_t searchIdCount();
 
     virtual std::string selfmlDebuggingRepresentation() const = 0;
 
@@ -96,6 +103,7 @@ private:
     uint32_t m_patternType;
     mutable std::once_flag m_searchOnce;
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
+    mutable uint32_t m_searchId = UINT32_MAX;
 };
 
 class VXSyntaxPatternStringDefinition : public VXSyntaxPatternDefinition {

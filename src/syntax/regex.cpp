@@ -71,14 +71,15 @@ std::optional<uint64_t> VXRegex::matchAt(std::u16string_view subject, uint64_t a
     return static_cast<uint64_t>(r) / 2;
 }
 
-std::optional<uint64_t> VXRegex::search(std::u16string_view subject, uint64_t from, VXRegexRegion* region) const {
-    // The search always runs to the subject's end: Oniguruma treats a shorter range as
-    // exclusive or inclusive depending on the expression's optimisation, so callers check the
-    // position they get instead.
+std::optional<uint64_t> VXRegex::search(std::u16string_view subject, uint64_t from, uint64_t lastStart,
+                                        VXRegexRegion* region) const {
+    // Oniguruma's range is exclusive, except that a range at the subject's end includes the end,
+    // and some optimised expressions report a match at the range itself: the answer is checked.
     const OnigUChar* str = onigBytes(subject.data());
     const OnigUChar* end = str + subject.size() * 2;
-    const int r = onig_search(m_handle->regex.get(), str, end, str + from * 2, end, onigRegion(region), ONIG_OPTION_NONE);
-    if (r < 0) return std::nullopt;
+    const OnigUChar* range = lastStart >= subject.size() ? end : str + (lastStart + 1) * 2;
+    const int r = onig_search(m_handle->regex.get(), str, end, str + from * 2, range, onigRegion(region), ONIG_OPTION_NONE);
+    if (r < 0 || static_cast<uint64_t>(r) / 2 > lastStart) return std::nullopt;
     return static_cast<uint64_t>(r) / 2;
 }
 

@@ -45,9 +45,10 @@ public:
 
     // Anchored: the length of the match that starts exactly at `at`, or nothing.
     std::optional<uint64_t> matchAt(std::u16string_view subject, uint64_t at, VXRegexRegion* region) const;
-    // Unanchored: the leftmost match that starts at or after `from` (up to the subject's end,
-    // inclusive); the region holds it. Answers the match's start, or nothing.
-    std::optional<uint64_t> search(std::u16string_view subject, uint64_t from, VXRegexRegion* region) const;
+    // Unanchored: the leftmost match that starts in [from, lastStart] (lastStart at most the
+    // subject's length); the region holds it. Answers the match's start, or nothing.
+    std::optional<uint64_t> search(std::u16string_view subject, uint64_t from, uint64_t lastStart,
+                                   VXRegexRegion* region) const;
     // The group number of a named group (the last one when several share the name), or -1.
     int groupNumberForName(std::string_view name, VXRegexRegion* region) const;
     int groupCount() const;
