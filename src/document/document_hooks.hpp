@@ -49,6 +49,9 @@ public:
     virtual std::vector<std::string> scopesAtLocation(uint64_t location) = 0;
     // The active theme's attributes for its default zone; nothing when there is no theme.
     virtual std::optional<TextAttributes> defaultZoneAttributes() = 0;
+    // Called before the document replaces its text storage by another (opening, reverting): work
+    // still reading the old storage must stop. recomputeCache with `fully` follows.
+    virtual void willReplaceContents() {}
 
 protected:
     ~HighlightingHook() = default;

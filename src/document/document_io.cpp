@@ -134,7 +134,11 @@ bool VXSingleFileDocument::finishOpening(ReadResult read, const std::string& pat
     if (storage->length() > 0 && m_highlighter) {
         if (auto attributes = m_highlighter->defaultZoneAttributes()) storage->setAttributes(*attributes, {0, storage->length()});
     }
+    if (m_highlighter) m_highlighter->willReplaceContents();
     setContents(std::move(storage));
+    if (m_highlighter)  // highlights in the background; the first screen does not wait for it
+        m_highlighter->recomputeCache({0, m_contents->length()}, static_cast<int64_t>(m_contents->length()),
+                                      kTextStorageEditedCharacters, true);
     if (!userHasChangedIndentationContext) setUpTabInfoWithDDLang(defaultDetectorLanguage());
     m_undoManager.removeAllActions();
     m_changeCount = 0;

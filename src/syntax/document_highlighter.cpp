@@ -61,12 +61,10 @@ public:
             }
         }
     }
-    std::string text() const {
-        std::string out;
-        for (const Entry& e : m_entries) {
-            if (!out.empty()) out += ' ';
-            out += e.scope.stringRepresentation();
-        }
+    std::vector<VXScope> scopes() const {
+        std::vector<VXScope> out;
+        out.reserve(m_entries.size());
+        for (const Entry& e : m_entries) out.push_back(e.scope);
         return out;
     }
 
@@ -76,53 +74,71 @@ private:
 
 }  // namespace
 
+namespace {
+
+// Walks a line's events; `until` limits the columns covered (the content end, or one past a column).
+std::vector<VXScopeRun> scopeRuns(const VXHighlightedLine& line, uint64_t until) {
+    ScopeStack stack;
+    for (const VXSyntaxZone& zone : line.startContext) {
+        stack.push(zone);
+        if (zone.definition && !zone.definition->innerScope.isNil()) {
+            VXSyntaxZone inner = zone;
+            inner.scope = zone.definition->innerScope;
+            inner.semanticType = VXSXZoneSemanticTypeInner;
+            stack.push(inner);
+        }
+    }
+    std::vector<VXScopeRun> runs;
+    uint64_t column = 0;
+    auto advanceTo = [&](uint64_t to) {
+        to = std::min(to, until);
+        if (to <= column) return;
+        std::vector<VXScope> scopes = stack.scopes();
+        if (!runs.empty() && runs.back().end == column && runs.back().scopes == scopes) runs.back().end = to;
+        else runs.push_back({column, to, std::move(scopes)});
+        column = to;
+    };
+    const uint64_t base = line.line.start;
+    auto relative = [&](uint64_t location) { return location < base ? 0 : location - base; };
+    for (const VXSyntaxZone& zone : line.events) {
+        advanceTo(relative(zone.range.location));
+        switch (zone.effectiveType) {
+        case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
+        case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
+        case VXSXZoneEffectiveTypeWhole:
+            stack.push(zone);
+            advanceTo(relative(zone.range.end()));
+            stack.pop(zone);
+            break;
+        }
+    }
+    advanceTo(until);
+    if (runs.empty() || runs.back().end < until) runs.push_back({column, until, stack.scopes()});
+    return runs;
+}
+
+}  // namespace
+
+std::vector<VXScopeRun> scopeRunsForLine(const VXHighlightedLine& line) {
+    std::vector<VXScopeRun> runs = scopeRuns(line, line.line.contentLength);
+    if (line.line.contentLength == 0) runs.clear();  // an empty line has no characters to cover
+    return runs;
+}
+
+std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t column) {
+    // The stack over the character at `column`: runs up to one past it, the last run is its own.
+    return scopeRuns(line, column + 1).back().scopes;
+}
+
 std::string formatScopes(const std::vector<VXHighlightedLine>& lines) {
     std::string out;
     for (size_t n = 0; n < lines.size(); ++n) {
-        const VXHighlightedLine& line = lines[n];
         out += "L" + std::to_string(n) + ":\n";
-        ScopeStack stack;
-        for (const VXSyntaxZone& zone : line.startContext) {
-            stack.push(zone);
-            if (zone.definition && !zone.definition->innerScope.isNil()) {
-                VXSyntaxZone inner = zone;
-                inner.scope = zone.definition->innerScope;
-                inner.semanticType = VXSXZoneSemanticTypeInner;
-                stack.push(inner);
-            }
+        for (const VXScopeRun& run : scopeRunsForLine(lines[n])) {
+            out += std::to_string(run.start) + "-" + std::to_string(run.end);
+            for (const VXScope& scope : run.scopes) (out += " ") += scope.stringRepresentation();
+            out += "\n";
         }
-        const uint64_t contentLength = line.line.contentLength;
-        struct Run {
-            uint64_t start, end;
-            std::string scopes;
-        };
-        std::vector<Run> runs;
-        uint64_t column = 0;
-        auto advanceTo = [&](uint64_t to) {
-            to = std::min(to, contentLength);
-            if (to <= column) return;
-            std::string scopes = stack.text();
-            if (!runs.empty() && runs.back().end == column && runs.back().scopes == scopes) runs.back().end = to;
-            else runs.push_back({column, to, std::move(scopes)});
-            column = to;
-        };
-        const uint64_t base = line.line.start;
-        auto relative = [&](uint64_t location) { return location < base ? 0 : location - base; };
-        for (const VXSyntaxZone& zone : line.events) {
-            advanceTo(relative(zone.range.location));
-            switch (zone.effectiveType) {
-            case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
-            case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
-            case VXSXZoneEffectiveTypeWhole:
-                stack.push(zone);
-                advanceTo(relative(zone.range.end()));
-                stack.pop(zone);
-                break;
-            }
-        }
-        advanceTo(contentLength);
-        for (const Run& run : runs)
-            out += std::to_string(run.start) + "-" + std::to_string(run.end) + " " + run.scopes + "\n";
     }
     return out;
 }

@@ -38,6 +38,17 @@ VXContext rootContextForRuleset(const VXSyntaxRuleset& ruleset);
 std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXSyntaxRuleset& ruleset,
                                              VXSyntaxParseState* state = nullptr);
 
+// A run of characters of one line under one scope stack (outermost first, starting with the
+// root scope); columns in UTF-16 units within the line.
+struct VXScopeRun {
+    uint64_t start = 0, end = 0;
+    std::vector<VXScope> scopes;
+};
+// The maximal runs of equal scope stacks of a line, covering its content.
+std::vector<VXScopeRun> scopeRunsForLine(const VXHighlightedLine& line);
+// The scope stack at a column of a line (at or past its content end: the stack there).
+std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t column);
+
 // The maximal runs of equal scope stacks on each line (columns in UTF-16 units within the line,
 // stacks outermost first starting with the root scope), covering the content of each line.
 std::string formatScopes(const std::vector<VXHighlightedLine>& lines);

@@ -1,0 +1,389 @@
+#include "syntax/incremental_highlighter.hpp"
+
+#include <algorithm>
+
+#include "document/single_file_document.hpp"
+#include "syntax/document_highlighter.hpp"
+#include "syntax/language_catalog.hpp"
+
+namespace vx {
+namespace {
+
+// An edit that spans more lines than this is highlighted like a newly opened document: in the
+// background, visible lines first, rather than with the document waiting for every line.
+constexpr uint64_t kLargestWaitedBatch = 512;
+
+// Whether re-highlighting from either context would go the same way: the same open definitions
+// in the same order, and for a zone whose end refers back to its start (a heredoc's delimiter)
+// the same end pattern. Where the zones opened does not matter.
+bool sameOpenZones(const VXContext& a, const VXContext& b) {
+    if (!a.equalZoneDefinitions(b)) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (a[i].endPattern != b[i].endPattern) return false;
+    return true;
+}
+
+const VXSyntaxRuleset* catalogRuleset(const DocumentLanguage& language) {
+    const VXLanguageCatalog& catalog = VXLanguageCatalog::sharedCatalog();
+    const VXLanguage* found = catalog.languageNamed(language.name);
+    if (!found) found = catalog.languageNamed(language.identifier);
+    return found ? catalog.rulesetForLanguage(*found) : nullptr;
+}
+
+}  // namespace
+
+VXIncrementalHighlighter::VXIncrementalHighlighter(VXSingleFileDocument& document, RulesetResolver rulesetFor,
+                                                   RunLoop* deliveryLoop)
+    : m_document(&document), m_resolver(rulesetFor ? std::move(rulesetFor) : RulesetResolver(catalogRuleset)),
+      m_invalidator(deliveryLoop) {
+    document.setHighlighter(this);
+    std::lock_guard lock(m_mutex);
+    m_ruleset = m_resolver(document.language());
+    rebuildAll();
+}
+
+VXIncrementalHighlighter::VXIncrementalHighlighter(VXTextStorage& storage, const VXSyntaxRuleset& ruleset,
+                                                   RunLoop* deliveryLoop)
+    : m_storage(&storage), m_ruleset(&ruleset), m_invalidator(deliveryLoop) {
+    std::lock_guard lock(m_mutex);
+    rebuildAll();
+}
+
+VXIncrementalHighlighter::~VXIncrementalHighlighter() {
+    stopBackground();
+    if (m_document) m_document->setHighlighter(nullptr);
+    for (auto& marker : m_markers) marker->releaseFuture();
+}
+
+VXTextStorage& VXIncrementalHighlighter::storage() const { return m_document ? m_document->contents() : *m_storage; }
+
+void VXIncrementalHighlighter::stopBackground() {
+    m_stopping = true;
+    m_background.sync([] {});
+}
+
+void VXIncrementalHighlighter::willReplaceContents() {
+    stopBackground();
+    std::lock_guard lock(m_mutex);
+    for (auto& marker : m_markers) marker->releaseFuture();
+    m_markers.clear();
+    m_front = 0;
+    m_stopping = false;
+}
+
+// --- edits ----------------------------------------------------------------------------------------
+
+void VXIncrementalHighlighter::recomputeCache(Range editedRange, int64_t changeInLength, unsigned editedMask,
+                                              bool fully) {
+    if (!fully && !(editedMask & kTextStorageEditedCharacters)) return;  // colours alone change no zone
+    std::lock_guard lock(m_mutex);
+    if (fully || m_markers.empty()) {
+        if (m_document) m_ruleset = m_resolver(m_document->language());
+        rebuildAll();
+    } else {
+        applyEdit(editedRange, changeInLength);
+    }
+    m_settledChanged.notify_all();
+}
+
+void VXIncrementalHighlighter::rebuildAll() {
+    for (auto& marker : m_markers) marker->releaseFuture();
+    m_markers.clear();
+    m_front = 0;
+    m_shift = 0;
+    m_shiftFrom = 0;
+    if (!m_ruleset) return;
+    const uint64_t count = storage().lineCount();
+    m_markers.reserve(count);
+    for (uint64_t line = 0; line < count; ++line) {
+        m_markers.push_back(std::make_shared<VXSyntaxLineMarker>());
+        m_markers.back()->holdFuture();
+        placeMarker(line);
+    }
+    m_shiftFrom = count;
+    scheduleBackground();
+}
+
+uint64_t VXIncrementalHighlighter::storedStart(uint64_t line) const {
+    const uint64_t stored = m_markers[line]->inclusiveStartLocation;
+    return line >= m_shiftFrom ? static_cast<uint64_t>(static_cast<int64_t>(stored) + m_shift) : stored;
+}
+
+uint64_t VXIncrementalHighlighter::lineContaining(uint64_t position) const {
+    uint64_t low = 0, high = m_markers.size();  // the last line starting at or before position
+    while (high - low > 1) {
+        const uint64_t mid = low + (high - low) / 2;
+        if (storedStart(mid) <= position) low = mid;
+        else high = mid;
+    }
+    return low;
+}
+
+void VXIncrementalHighlighter::placeMarker(uint64_t line) {
+    const VXTextStorage& text = storage();
+    m_markers[line]->setLocations(text.lineRange(line), text.lineContentsRange(line));
+}
+
+void VXIncrementalHighlighter::moveShift(uint64_t line, int64_t delta) {
+    // Lines from m_shiftFrom on are m_shift short. Make the lines between the old boundary and
+    // `line` exact for the new boundary, so that one shift again describes every later line. Only
+    // the lines between two successive edits are touched: typing along a line costs nothing here.
+    const uint64_t count = m_markers.size();
+    if (m_shiftFrom <= line) {
+        for (uint64_t i = m_shiftFrom; i < std::min(line, count); ++i) m_markers[i]->offsetLocationsBy(m_shift);
+    } else {
+        for (uint64_t i = line; i < std::min(m_shiftFrom, count); ++i) m_markers[i]->offsetLocationsBy(-m_shift);
+    }
+    m_shiftFrom = line;
+    m_shift += delta;
+}
+
+void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLength) {
+    const VXTextStorage& text = storage();
+    const Range oldRange{editedRange.location,
+                         static_cast<uint64_t>(static_cast<int64_t>(editedRange.length) - changeInLength)};
+    m_invalidator.noteEdit(oldRange, changeInLength);
+
+    // The lines the edit touched, before and after. A line feed typed after a carriage return
+    // joins the line above's break, so that line counts as touched too.
+    uint64_t first = lineContaining(oldRange.location);
+    if (first > 0 && oldRange.location == storedStart(first) && text.characterAtIndex(oldRange.location - 1) == u'\r')
+        --first;
+    const uint64_t lastOld = lineContaining(oldRange.end());
+    const uint64_t lastNew = text.lineIndexForPosition(editedRange.end());
+    const uint64_t oldCount = lastOld - first + 1, newCount = lastNew - first + 1;
+    if (newCount > kLargestWaitedBatch) {
+        rebuildAll();
+        return;
+    }
+
+    moveShift(lastOld + 1, changeInLength);
+    // Replace the touched markers: the first ones are kept (their start contexts are the best
+    // guess for the parse below), the rest are removed or new ones inserted.
+    auto begin = m_markers.begin() + static_cast<ptrdiff_t>(first);
+    const VXContext guess = m_markers[lastOld]->endContext;
+    if (newCount < oldCount) {
+        for (uint64_t k = newCount; k < oldCount; ++k) m_markers[first + k]->releaseFuture();
+        m_markers.erase(begin + static_cast<ptrdiff_t>(newCount), begin + static_cast<ptrdiff_t>(oldCount));
+    } else if (newCount > oldCount) {
+        std::vector<VXSyntaxLineMarkerPtr> added(newCount - oldCount);
+        for (auto& marker : added) {
+            marker = std::make_shared<VXSyntaxLineMarker>();
+            marker->startContext = guess;
+        }
+        m_markers.insert(begin + static_cast<ptrdiff_t>(oldCount), added.begin(), added.end());
+    }
+    m_shiftFrom = first + newCount;
+    if (m_front > lastOld) m_front = m_front + newCount - oldCount;
+    else m_front = std::min(m_front, first);
+
+    for (uint64_t line = first; line < first + newCount; ++line) {
+        placeMarker(line);
+        m_markers[line]->completion = VXSyntaxLineMarker::kCompletionNone;
+        m_markers[line]->holdFuture();
+    }
+    if (m_front <= first) {
+        scheduleBackground();  // the background walk has not reached the edit yet; it will parse it
+        return;
+    }
+
+    // 1. Parse the edited lines from the contexts they started in, each on its own queue.
+    if (newCount == 1) {
+        VXSyntaxLineMarker& marker = *m_markers[first];
+        marker.controlQueue().sync([&] { parseLine(first, marker.startContext, &m_mainState); });
+        marker.completion = VXSyntaxLineMarker::kCompletionToConfirm;
+    } else {
+        DispatchGroup batch;
+        for (uint64_t line = first; line < first + newCount; ++line) {
+            VXSyntaxLineMarker* marker = m_markers[line].get();
+            const Range range = text.lineRange(line);
+            const uint64_t contentLength = marker->contentRange().length;
+            batch.async(marker->controlQueue(), [marker, lineText = text.substring(range), contentLength, this] {
+                marker->parseFrom(marker->startContext, lineText, contentLength, *m_ruleset, nullptr);
+            });
+            marker->completion = VXSyntaxLineMarker::kCompletionToConfirm;
+        }
+        batch.wait();
+        for (uint64_t line = first; line < first + newCount; ++line) m_parsedLines.push_back(line);
+    }
+
+    // 2. Confirm them in order against the running context, parsing again where it differs.
+    VXContext running = contextBefore(first);
+    for (uint64_t line = first; line < first + newCount; ++line) {
+        VXSyntaxLineMarker& marker = *m_markers[line];
+        if (marker.completion != VXSyntaxLineMarker::kCompletionValid &&
+            !(marker.completion == VXSyntaxLineMarker::kCompletionToConfirm && sameOpenZones(marker.startContext, running)))
+            parseLine(line, running, &m_mainState);
+        marker.completion = VXSyntaxLineMarker::kCompletionValid;
+        reportLine(line);
+        marker.releaseFuture();
+        running = marker.endContext;
+    }
+    // 3. Past the edit, until a line starts where it started before (or the walk's front).
+    for (uint64_t line = first + newCount; line < m_front; ++line) {
+        VXSyntaxLineMarker& marker = *m_markers[line];
+        if (sameOpenZones(marker.startContext, running)) break;
+        marker.holdFuture();
+        parseLine(line, running, &m_mainState);
+        reportLine(line);
+        marker.releaseFuture();
+        running = marker.endContext;
+    }
+}
+
+VXContext VXIncrementalHighlighter::contextBefore(uint64_t line) const {
+    return line > 0 ? m_markers[line - 1]->endContext : rootContextForRuleset(*m_ruleset);
+}
+
+void VXIncrementalHighlighter::parseLine(uint64_t line, const VXContext& start, VXSyntaxParseState* state) {
+    VXSyntaxLineMarker& marker = *m_markers[line];
+    const Range range{storedStart(line), marker.inclusiveRange().length};
+    marker.parseFrom(start, storage().substring(range), marker.contentRange().length, *m_ruleset, state);
+    m_parsedLines.push_back(line);
+}
+
+void VXIncrementalHighlighter::reportLine(uint64_t line) {
+    const VXSyntaxLineMarker& marker = *m_markers[line];
+    Range range = marker.conventionalRange();
+    range.location = storedStart(line) + (marker.contentStartLocation - marker.inclusiveStartLocation);
+    m_invalidator.didParseRange(range, false);
+}
+
+// --- the background walk ----------------------------------------------------------------------------
+
+void VXIncrementalHighlighter::scheduleBackground() {
+    if (m_backgroundScheduled || m_stopping || !m_ruleset) return;
+    m_backgroundScheduled = true;
+    m_background.async([this] { backgroundTurn(); });
+}
+
+void VXIncrementalHighlighter::backgroundTurn() {
+    // Edits wait for the storage's group, so the text does not change under the walk; the walk
+    // checks each line against the storage's line index in case an edit is already made but not
+    // yet announced (recomputeCache then comes and schedules the walk again).
+    VXTextStorage& text = storage();
+    text.waitAndEnter();
+    {
+        std::lock_guard lock(m_mutex);
+        m_backgroundScheduled = false;
+        if (!m_stopping && runBackgroundLocked()) scheduleBackground();
+        m_settledChanged.notify_all();
+    }
+    text.leave();
+}
+
+bool VXIncrementalHighlighter::markerMatchesText(uint64_t line) const {
+    const VXTextStorage& text = storage();
+    if (line >= text.lineCount()) return false;
+    return text.lineRange(line) == Range{storedStart(line), m_markers[line]->inclusiveRange().length};
+}
+
+bool VXIncrementalHighlighter::runBackgroundLocked() {
+    const uint64_t count = m_markers.size();
+    VXSyntaxParseState& state = m_backgroundState;
+
+    // Visible lines far ahead of the walk: parsed now from the best context at hand, confirmed later.
+    const Range ahead = m_order.linesAhead(m_front, count);
+    for (uint64_t line = ahead.location; line < ahead.end(); ++line) {
+        VXSyntaxLineMarker& marker = *m_markers[line];
+        if (marker.completion != VXSyntaxLineMarker::kCompletionNone) continue;
+        if (!markerMatchesText(line)) return false;
+        const bool above = line > 0 && m_markers[line - 1]->completion != VXSyntaxLineMarker::kCompletionNone;
+        parseLine(line, above ? m_markers[line - 1]->endContext : rootContextForRuleset(*m_ruleset), &state);
+        marker.completion = VXSyntaxLineMarker::kCompletionToConfirm;
+        reportLine(line);
+    }
+
+    for (uint64_t budget = m_order.linesPerTurn(); budget > 0 && m_front < count; --budget) {
+        const uint64_t line = m_front;
+        VXSyntaxLineMarker& marker = *m_markers[line];
+        if (!markerMatchesText(line)) return false;
+        const VXContext running = contextBefore(line);
+        if (marker.completion == VXSyntaxLineMarker::kCompletionNone || !sameOpenZones(marker.startContext, running)) {
+            parseLine(line, running, &state);
+            reportLine(line);
+        }
+        marker.completion = VXSyntaxLineMarker::kCompletionValid;
+        marker.releaseFuture();
+        ++m_front;
+    }
+    return m_front < count;
+}
+
+// --- readers ---------------------------------------------------------------------------------------
+
+void VXIncrementalHighlighter::setVisibleLines(uint64_t first, uint64_t count) {
+    std::lock_guard lock(m_mutex);
+    m_order.setVisibleLines(first, count);
+    if (first < m_markers.size()) {
+        const uint64_t last = std::min<uint64_t>(first + count, m_markers.size());
+        const uint64_t from = storedStart(first);
+        const uint64_t to = last < m_markers.size() ? storedStart(last) : storage().length();
+        m_invalidator.setVisibleRange({from, to - from});
+    }
+    if (m_front < m_markers.size()) scheduleBackground();
+}
+
+std::optional<VXIncrementalHighlighter::LineZones> VXIncrementalHighlighter::zonesForLine(uint64_t line, Wait wait) {
+    if (wait == Wait::Yes) {
+        VXSyntaxLineMarkerPtr marker;
+        {
+            std::lock_guard lock(m_mutex);
+            if (line >= m_markers.size()) return std::nullopt;
+            marker = m_markers[line];
+        }
+        marker->future().wait();  // never while holding the lock: the walk needs it to go on
+    }
+    std::lock_guard lock(m_mutex);
+    if (line >= m_markers.size()) return std::nullopt;
+    VXSyntaxLineMarker& marker = *m_markers[line];
+    auto snapshot = marker.currentZones();
+    if (!snapshot) return std::nullopt;
+    LineZones out{std::move(snapshot->zones), marker.startContext, snapshot->settled};
+    const auto start = static_cast<int64_t>(storedStart(line));
+    for (VXSyntaxZone& zone : out.zones) zone.offsetBy(start);
+    return out;
+}
+
+std::vector<std::string> VXIncrementalHighlighter::scopesAtLocation(uint64_t location) {
+    const uint64_t line = storage().lineIndexForPosition(location);
+    auto zones = zonesForLine(line, Wait::Yes);
+    if (!zones) return {};
+    VXHighlightedLine highlighted;
+    const Range range = lineRange(line);
+    highlighted.line = {range.location, range.length, range.length};
+    highlighted.startContext = std::move(zones->startContext);
+    highlighted.events = std::move(zones->zones);
+    std::vector<std::string> out;
+    for (const VXScope& scope : scopeStackAtColumn(highlighted, location - range.location))
+        out.emplace_back(scope.stringRepresentation());
+    return out;
+}
+
+uint64_t VXIncrementalHighlighter::lineCount() const {
+    std::lock_guard lock(m_mutex);
+    return m_markers.size();
+}
+
+Range VXIncrementalHighlighter::lineRange(uint64_t line) const {
+    std::lock_guard lock(m_mutex);
+    if (line >= m_markers.size()) return {kNotFound, 0};
+    return {storedStart(line), m_markers[line]->inclusiveRange().length};
+}
+
+bool VXIncrementalHighlighter::isSettled() const {
+    std::lock_guard lock(m_mutex);
+    return m_front >= m_markers.size();
+}
+
+void VXIncrementalHighlighter::waitUntilSettled() {
+    std::unique_lock lock(m_mutex);
+    m_settledChanged.wait(lock, [this] { return m_front >= m_markers.size(); });
+}
+
+std::vector<uint64_t> VXIncrementalHighlighter::takeParsedLines() {
+    std::lock_guard lock(m_mutex);
+    return std::exchange(m_parsedLines, {});
+}
+
+}  // namespace vx
