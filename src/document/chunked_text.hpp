@@ -1,7 +1,7 @@
 // ChunkedText: the characters of a text storage, as UTF-16 code units in a list of chunks of a few
 // thousand units each, with the line breaks and attribute runs of each chunk kept beside it.
 //
-//   chunks   [ "int main() {\n  retu" | "rn 0;\n}\n" | ... ]      4 096 units each, at most 8 192
+//   chunks   [ "int main() {\n  retu" | "rn 0;\n}\n" | ... ]      2 048 units each, at most 4 096
 //   breaks   [ 13 ]                   | [ 6, 8 ]                   offsets just past each line break
 //   runs     [ 13:a, 7:b ]            | [ 15:b ]                   (length, attributes id) pairs
 //
@@ -9,6 +9,10 @@
 // or of a line in O(log n), so an edit moves at most one chunk's units and a lookup never walks the
 // text. A line break is LF, CR or the pair CR LF; the pair is never split between two chunks, so each
 // chunk can tell its own line breaks without looking at its neighbours.
+//
+// Chunk size, measured on a 100 MB file (open; 10,000 random one-character inserts, CPU time):
+// 4 096 units: 219 ms, 28.6 ms, peak 2.24 x the file;  2 048: 229 ms, 25.0 ms, 2.27 x;
+// 1 024: 259 ms, 22.4 ms, 2.35 x. Typing cost is mostly the move of the chunk's tail.
 #pragma once
 
 #include <cstdint>
@@ -23,9 +27,9 @@ namespace vx {
 
 class ChunkedText {
 public:
-    static constexpr size_t kNominalChunk = 4096;
-    static constexpr size_t kMaxChunk = 8192;
-    static constexpr size_t kMinChunk = 1024;
+    static constexpr size_t kNominalChunk = 2048;
+    static constexpr size_t kMaxChunk = 4096;
+    static constexpr size_t kMinChunk = 512;
 
     ChunkedText();
 
