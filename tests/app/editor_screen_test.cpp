@@ -8,7 +8,7 @@ namespace {
 
 TEST(EditorScreen, BarsGutterAndCaretShowWhereTheTextIs) {
     Session session(70, 8);
-    session.openText(u"first\r\nsecond\r\n", Selection::caretAt(10));
+    session.openText(u"first\r\nsecond\r\n", Selection::caretAt(10)).setIndentation(4, true);
     const auto& screen = session.screen();
     EXPECT_EQ(screen.rowText(0).substr(0, 12), " untitled   ");
     EXPECT_EQ(screen.rowText(1).substr(0, 10), "   1 first");

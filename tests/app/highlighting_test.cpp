@@ -5,7 +5,7 @@
 
 #include "app/editor/highlighting.hpp"
 #include "app/editor/session.hpp"
-#include "app/editor/storage_text_buffer.hpp"
+#include "app/editor/document_text_buffer.hpp"
 #include "app/editor/theme_colors.hpp"
 #include "syntax/language_catalog.hpp"
 
@@ -40,7 +40,9 @@ TEST(Highlighting, EditsRecolourTheLinesAfterThemLikeAFreshParse) {
     for (int i = 0; i < 120; ++i) source += u"int f" + std::u16string(1, u'a' + i % 26) + u"(void) { return \"s\"; } // c\n";
     std::mt19937 random(11);
     const std::u16string pieces[] = {u"/*", u"*/", u"\"", u"x", u"\n", u"// ", u""};
-    StorageTextBuffer text(source);
+    VXSingleFileDocument document;
+    document.contents().replaceCharactersInRange({0, 0}, source);
+    DocumentTextBuffer text(document);
     TabHighlighter incremental(ruleset);
     describeAll(incremental, text);
     for (int round = 0; round < 40; ++round) {
@@ -73,7 +75,9 @@ TEST(Highlighting, OpeningACommentColoursTheLinesBelowAndUndoTakesItBack) {
 TEST(Highlighting, FarLinesWaitForBackgroundStepsInsteadOfBlockingAFrame) {
     std::u16string source;
     for (int i = 0; i < 40000; ++i) source += u"/* a */ int x;\n";
-    StorageTextBuffer text(source);
+    VXSingleFileDocument document;
+    document.contents().replaceCharactersInRange({0, 0}, source);
+    DocumentTextBuffer text(document);
     TabHighlighter highlighter(cRuleset());
     BasicScopeStyler styler;
     EXPECT_TRUE(highlighter.runsForLine(text, 10, styler, {}));

@@ -4,6 +4,7 @@
 //   out     the text and selection after
 //   screen  (optional) the first rows of the screen after, trailing blanks ignored
 //   size    (optional) the screen size, "WIDTHxHEIGHT" (default 60x12)
+//   tabs    (optional) the indentation, "<size> soft" or "<size> hard" (default "4 soft")
 // Each case runs with LF line breaks and again with CRLF.
 #include <gtest/gtest.h>
 
@@ -87,6 +88,9 @@ TEST(KeyScripts, EveryCaseGivesItsExpectedTextSelectionAndScreen) {
         int width = 60, height = 12;
         if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
         auto screen = readFile(directory / "screen");
+        int tabSize = 4;
+        char kind[8] = "soft";
+        if (auto tabs = readFile(directory / "tabs")) std::sscanf(tabs->c_str(), "%d %7s", &tabSize, kind);
         for (bool crlf : {false, true}) {
             SCOPED_TRACE(directory.lexically_relative(root).string() + (crlf ? " (CRLF)" : " (LF)"));
             Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
@@ -94,6 +98,7 @@ TEST(KeyScripts, EveryCaseGivesItsExpectedTextSelectionAndScreen) {
             Tab& opened = session.openText(start.text, start.selection);
             // As a document read from a CRLF file would be set up.
             if (crlf) opened.setLineBreak(u"\r\n");
+            opened.setIndentation(tabSize, std::string_view(kind) == "soft");
             session.send(*keys);
             Tab* tab = session.editor().activeTab();
             ASSERT_NE(tab, nullptr);

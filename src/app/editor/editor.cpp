@@ -54,6 +54,21 @@ Editor::Editor()
     : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()), m_styler(std::make_unique<BasicScopeStyler>()) {
     registerEditingCommands(*this);
     registerFileCommands(*this);
+    registerDocumentCommands(*this);
+}
+
+size_t Editor::runAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
+                        size_t escapeButton) {
+    // The question goes over whatever modal was showing, which comes back afterwards.
+    auto previous = std::move(m_modal);
+    std::optional<int> answer;
+    showModal(std::make_unique<Alert>(title, message, buttons, static_cast<int>(escapeButton),
+                                      [&answer](Editor&, int button) { answer = button; }));
+    while (!answer && m_modal && m_pump && m_pump()) {
+    }
+    if (!answer) m_modal.reset();
+    if (!m_modal) m_modal = std::move(previous);
+    return answer && *answer >= 0 ? static_cast<size_t>(*answer) : escapeButton;
 }
 
 Editor::~Editor() = default;
@@ -133,6 +148,7 @@ void Editor::handleEvent(const tui::InputEvent& event) {
 
 void Editor::handleKey(const tui::KeyEvent& key) {
     m_message = {};
+    if (Tab* tab = activeTab()) tab->refreshIfReverted();
     if (m_modal) {
         // Keep the modal alive while it runs: its callback may replace it.
         auto modal = std::move(m_modal);
@@ -268,6 +284,7 @@ void Editor::findNext(bool forward) {
 
 void Editor::draw(tui::Screen& screen) {
     if (screen.width() != m_width || screen.height() != m_height) screen.resize(m_width, m_height);
+    if (Tab* tab = activeTab()) tab->refreshIfReverted();
     screen.clear(m_colors.text);
     screen.setCursor(std::nullopt);
     Layout l = layout();
@@ -374,10 +391,11 @@ void Editor::drawStatusBar(tui::Screen& screen, const Layout& l) {
     screen.fill(0, l.statusRow, l.width, m_colors.statusBar);
     Tab* tab = activeTab();
     if (!tab) return;
-    std::string left = " " + (tab->path().empty() ? tab->displayName() : tab->path()) + (tab->isModified() ? " [+]" : "");
+    // The mark first: a long path is cut at the right, the mark never.
+    std::string left = (tab->isModified() ? " [+] " : " ") + (tab->path().empty() ? tab->displayName() : tab->path());
     std::string right = "Ln " + digitsOf(tab->caretLine() + 1) + ", Col " + digitsOf(tab->caretColumn() + 1) + "  " +
                         (tab->softTabs() ? "Spaces: " : "Tab Size: ") + std::to_string(tab->tabSize()) + "  " +
-                        tab->encodingName + "  " + tab->lineEndingName() + "  " + tab->languageName + " ";
+                        tab->encodingName() + "  " + tab->lineEndingName() + "  " + tab->languageName() + " ";
     int rightWidth = tui::stringWidth(right);
     screen.print(0, l.statusRow, left, m_colors.statusBar, std::max(l.width - rightWidth - 1, 0));
     screen.print(std::max(l.width - rightWidth, 0), l.statusRow, right, m_colors.statusBar);

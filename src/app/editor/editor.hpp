@@ -19,6 +19,7 @@
 
 #include "app/editor/colors.hpp"
 #include "app/editor/modal.hpp"
+#include "document/document_hooks.hpp"
 #include "selectors/theme.hpp"
 #include "app/editor/tab.hpp"
 #include "app/tui/input_decoder.hpp"
@@ -27,9 +28,12 @@
 
 namespace vx::editor {
 
-class Editor {
+class Editor final : public AlertPresenter {
 public:
     using Command = std::function<void(Editor&)>;
+    // Handles some input while a modal question waits for its answer; false when no more input
+    // will come (the terminal is gone, the key script has ended).
+    using InputPump = std::function<bool()>;
 
     Editor();
     ~Editor();
@@ -59,6 +63,15 @@ public:
     // Modals and messages.
     void showModal(std::unique_ptr<Modal> modal) { m_modal = std::move(modal); }
     bool hasModal() const { return m_modal != nullptr; }
+    // Shows an alert and handles input until it is answered; a question left unanswered (no more
+    // input) answers `escapeButton`. The document's changed-on-disk check asks through this.
+    size_t runAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
+                    size_t escapeButton);
+    size_t runCriticalAlert(const std::string& title, const std::string& message,
+                            const std::vector<std::string>& buttons) override {
+        return runAlert(title, message, buttons, 0);
+    }
+    void setInputPump(InputPump pump) { m_pump = std::move(pump); }
     void showMessage(std::string text) { m_message = {std::move(text), false}; }
     void showError(std::string text) { m_message = {std::move(text), true}; }
     const std::string& message() const { return m_message.text; }
@@ -119,12 +132,15 @@ private:
     std::u16string m_findQuery;
     EditorColors m_colors;
     std::unique_ptr<ScopeStyler> m_styler;
+    InputPump m_pump;
     bool m_quitRequested = false;
     bool m_dragging = false;
     std::vector<std::pair<int, int>> m_tabBarSpans;  // columns of each tab's title, for clicks
 };
 
-// Registers the built-in commands (files, editing, moving, finding) on an editor.
+// Register the built-in commands on an editor: editing, moving, finding and tabs; the document's
+// encoding, line endings and the check for changes on disk.
 void registerEditingCommands(Editor& editor);
+void registerDocumentCommands(Editor& editor);
 
 }  // namespace vx::editor

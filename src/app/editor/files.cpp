@@ -12,10 +12,8 @@
 
 #include "app/editor/editor.hpp"
 #include "app/editor/highlighting.hpp"
-#include "document/default_detector.hpp"
-#include "document/document_settings.hpp"
 #include "syntax/language_catalog.hpp"
-#include "app/editor/storage_text_buffer.hpp"
+#include "document/single_file_document.hpp"
 #include "app/tui/utf8.hpp"
 #include "platform/atomic_file.hpp"
 #include "platform/file_cache.hpp"
@@ -129,30 +127,46 @@ std::vector<std::string> filesUnder(const std::string& folder) {
     return files;
 }
 
-// Detection reads this much of the start of a file (a language's content pattern looks at the
-// first line; indentation detection needs a sample, not a 100 MB text).
-constexpr uint64_t kDetectionSample = 256 * 1024;
+// Languages for documents, from the truffles' catalogue. Detection reads the start of the text:
+// a language's content pattern looks at the first line, and a 100 MB file needs no more.
+class CatalogLanguageChooser final : public LanguageChooser {
+public:
+    static constexpr uint64_t kDetectionSample = 64 * 1024;
 
-// Chooses the tab's language (its colours and its name in the status bar) and its indentation,
-// from the path and the start of the text.
-void setUpLanguageAndIndentation(Tab& tab, const std::string& path) {
-    std::u16string sample = tab.text().substring({0, std::min(tab.text().length(), kDetectionSample)});
-    auto& catalog = VXLanguageCatalog::sharedCatalog();
-    const VXLanguage* language = catalog.detectLanguageForFilePath(path, sample);
-    if (!language) language = catalog.plainText();
-    if (language) {
-        tab.languageName = language->name;
-        if (language != catalog.plainText())
-            if (VXSyntaxRuleset* ruleset = catalog.rulesetForLanguage(*language))
-                tab.setHighlighter(std::make_unique<TabHighlighter>(*ruleset));
+    std::optional<DocumentLanguage> detectLanguageForFilePath(const std::string& path, const VXTextStorage& contents) override {
+        auto& catalog = VXLanguageCatalog::sharedCatalog();
+        std::u16string sample = contents.substring({0, std::min(contents.length(), kDetectionSample)});
+        const VXLanguage* language = catalog.detectLanguageForFilePath(path, sample);
+        if (!language) language = catalog.plainText();
+        if (!language) return std::nullopt;
+        return describe(*language);
     }
-    DocumentSettings settings(language ? language->identifier : "", path);
-    VXIndentationContext indentation = tabInfoForText(sample, VXIndentationContext::defaultContext(), settings,
-                                                      VXDefaultDetector::sharedDetector().languageForPath(path));
-    tab.setIndentation(static_cast<int>(indentation.tabSize), indentation.useSoftTabs);
+    DocumentLanguage plainTextLanguage() override {
+        const VXLanguage* plain = VXLanguageCatalog::sharedCatalog().plainText();
+        return plain ? describe(*plain) : vx::plainTextLanguage();
+    }
+
+private:
+    static DocumentLanguage describe(const VXLanguage& language) {
+        DocumentLanguage described{language.name, "", language.identifier};
+        if (VXSyntaxRuleset* ruleset = VXLanguageCatalog::sharedCatalog().rulesetForLanguage(language))
+            described.rootScope = std::string(ruleset->scope.stringRepresentation());
+        return described;
+    }
+};
+
+CatalogLanguageChooser& languageChooser() {
+    static CatalogLanguageChooser chooser;
+    return chooser;
 }
 
 }  // namespace
+
+std::unique_ptr<VXSingleFileDocument> newDocument() {
+    auto document = std::make_unique<VXSingleFileDocument>();
+    document->setLanguageChooser(&languageChooser());
+    return document;
+}
 
 bool openFile(Editor& editor, const std::string& givenPath) {
     std::string path = absolutePath(givenPath);
@@ -160,21 +174,19 @@ bool openFile(Editor& editor, const std::string& givenPath) {
         editor.activateTab(*indexOfTab(editor, open));
         return true;
     }
-    std::u16string text;
+    auto document = newDocument();
     struct stat info{};
     if (::stat(path.c_str(), &info) == 0) {
-        errno = 0;
-        auto bytes = readWholeFile(path);
-        if (!bytes) {
-            editor.showError("Cannot open " + givenPath + ": " + (errno ? std::strerror(errno) : "not a readable file"));
+        std::string error;
+        if (!document->readFromURL(path, "", &error)) {
+            editor.showError(error.empty() ? "Cannot open " + givenPath : error);
             return false;
         }
-        text = tui::utf8ToUtf16(*bytes);
+        editor.openTab(std::make_unique<Tab>(std::move(document)));
     } else {
         editor.showMessage("New file: " + givenPath);
+        editor.openTab(std::make_unique<Tab>(std::move(document), path));
     }
-    Tab& tab = editor.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(text), path));
-    setUpLanguageAndIndentation(tab, path);
     editor.revealCaret();
     return true;
 }
@@ -207,17 +219,15 @@ void openStartupPaths(Editor& editor, const std::vector<std::string>& paths) {
 
 bool saveTab(Editor& editor, Tab& tab, const std::string& givenPath) {
     std::string path = givenPath.empty() ? tab.path() : absolutePath(givenPath);
-    std::string bytes = tui::utf16ToUtf8(tab.text().text());
-    struct stat info{};
-    std::optional<mode_t> mode;
-    if (::stat(path.c_str(), &info) == 0) mode = info.st_mode & 07777;
-    auto result = writeFileAtomically(path, bytes, mode);
-    if (!result.ok) {
-        editor.showError("Cannot save " + path + ": " + std::strerror(result.error));
+    VXSingleFileDocument& document = tab.document();
+    bool saveAs = !document.fileURL() || *document.fileURL() != path;
+    std::string error;
+    if (!document.saveToURL(path, document.fileType(), saveAs ? VXSingleFileDocument::SaveOperation::SaveAs
+                                                              : VXSingleFileDocument::SaveOperation::Save, &error)) {
+        editor.showError(error.empty() ? "Cannot save " + path : error);
         return false;
     }
-    tab.setPath(path);
-    tab.markSaved();
+    tab.documentDidChange();
     editor.showMessage("Saved " + path);
     return true;
 }
@@ -279,7 +289,7 @@ void offerRecoveredFiles(Editor& editor) {
                     if (!text) continue;
                     Tab* tab = nullptr;
                     if (!entry.path.empty() && openFile(e, entry.path)) tab = e.activeTab();
-                    if (!tab) tab = &e.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(u""), ""));
+                    if (!tab) tab = &e.openTab(std::make_unique<Tab>(newDocument()));
                     // The recovered text replaces what the file holds, as an unsaved change.
                     tab->replaceRange({0, tab->text().length()}, tui::utf8ToUtf16(*text), Selection::caretAt(0));
                 }
@@ -301,7 +311,7 @@ void registerFileCommands(Editor& editor) {
         showFileList(e, folder);
     });
     editor.addCommand("new-file", [](Editor& e) {
-        e.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(u""), ""));
+        e.openTab(std::make_unique<Tab>(newDocument()));
     });
     editor.addCommand("close-tab", [](Editor& e) {
         if (Tab* tab = e.activeTab()) closeTabAsking(e, *tab, {});

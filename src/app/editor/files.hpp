@@ -3,13 +3,19 @@
 // terminal hangs up or the process is told to end.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "document/single_file_document.hpp"
 
 namespace vx::editor {
 
 class Editor;
 class Tab;
+
+// A new, untitled document that chooses its language from the bundled and user truffles.
+std::unique_ptr<VXSingleFileDocument> newDocument();
 
 // Opens each file in a tab and each folder as a file list; with no paths, the bundled samples.
 void openStartupPaths(Editor& editor, const std::vector<std::string>& paths);

@@ -2,7 +2,8 @@
 
 #include <charconv>
 
-#include "app/editor/storage_text_buffer.hpp"
+#include "document/refresh_monitor.hpp"
+#include "document/single_file_document.hpp"
 #include "app/tui/utf8.hpp"
 
 namespace vx::editor {
@@ -61,9 +62,9 @@ std::vector<tui::InputEvent> parseKeyScript(std::string_view script) {
             events.push_back(tui::PasteEvent{std::string(script.substr(i, end - i))});
             i = end + 8;
         } else if (token.starts_with("resize ")) {
-            tui::ResizeEvent resize;
-            if (!parsePair(token.substr(7), 'x', resize.width, resize.height)) throw KeyScriptError("bad <" + std::string(token) + ">");
-            events.push_back(resize);
+            int width = 0, height = 0;
+            if (!parsePair(token.substr(7), 'x', width, height)) throw KeyScriptError("bad <" + std::string(token) + ">");
+            events.emplace_back(std::in_place_type<tui::ResizeEvent>, width, height);
         } else if (auto mouse = mouseEvent(token)) {
             events.push_back(*mouse);
         } else if (auto key = tui::parseKeyName(token)) {
@@ -77,17 +78,37 @@ std::vector<tui::InputEvent> parseKeyScript(std::string_view script) {
 
 Session::Session(int width, int height) {
     m_editor.setSize(width, height);
+    m_editor.setInputPump([this] {
+        if (m_pending.empty()) return false;
+        auto event = std::move(m_pending.front());
+        m_pending.pop_front();
+        m_editor.handleEvent(event);
+        return true;
+    });
+    VXRefreshMonitor::sharedMonitor().setAlertPresenter(&m_editor);
+}
+
+Session::~Session() {
+    VXRefreshMonitor::sharedMonitor().setAlertPresenter(nullptr);
 }
 
 Tab& Session::openText(std::u16string_view text, Selection selection) {
-    Tab& tab = m_editor.openTab(std::make_unique<Tab>(std::make_unique<StorageTextBuffer>(text), ""));
+    auto document = std::make_unique<VXSingleFileDocument>();
+    document->contents().replaceCharactersInRange({0, 0}, text);
+    document->recalculateLineEnding();
+    Tab& tab = m_editor.openTab(std::make_unique<Tab>(std::move(document)));
     tab.setSelection(selection);
     m_editor.revealCaret();
     return tab;
 }
 
 void Session::send(std::string_view keyScript) {
-    for (const auto& event : parseKeyScript(keyScript)) m_editor.handleEvent(event);
+    for (auto& event : parseKeyScript(keyScript)) m_pending.push_back(std::move(event));
+    while (!m_pending.empty()) {
+        auto event = std::move(m_pending.front());
+        m_pending.pop_front();
+        m_editor.handleEvent(event);
+    }
 }
 
 const tui::Screen& Session::screen() {

@@ -11,6 +11,7 @@
 //     <resize 100x30>
 #pragma once
 
+#include <deque>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -32,6 +33,7 @@ std::vector<tui::InputEvent> parseKeyScript(std::string_view script);
 class Session {
 public:
     Session(int width = 80, int height = 24);
+    ~Session();
 
     Editor& editor() { return m_editor; }
     // Opens a tab on text that belongs to no file.
@@ -47,6 +49,8 @@ public:
 private:
     Editor m_editor;
     tui::Screen m_screen;
+    // Events not yet handled; a question asked in the middle of a script takes its answer from here.
+    std::deque<tui::InputEvent> m_pending;
 };
 
 }  // namespace vx::editor

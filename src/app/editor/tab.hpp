@@ -1,6 +1,7 @@
-// One open text in the editor: the text itself, the selection, how far the view is scrolled, and
-// the editing operations a user performs on it. Every change goes through the text buffer and
-// registers its inverse with the undo manager, so undo and redo restore the text and the selection.
+// One open document in the editor: the document, the selection, how far the view is scrolled, and
+// the editing operations a user performs on it. Every change goes through the document's text
+// storage and registers its inverse with the document's undo manager, so undo and redo restore
+// the text and the selection, and the document counts its unsaved changes.
 //
 // A selection is an anchor and a caret; the caret is where typing happens and the end that moves
 // when the selection is extended:
@@ -12,8 +13,11 @@
 #include <optional>
 #include <string>
 
+#include "app/editor/document_text_buffer.hpp"
 #include "app/editor/highlighting.hpp"
 #include "app/editor/text_buffer.hpp"
+#include "document/document_hooks.hpp"
+#include "document/single_file_document.hpp"
 #include "platform/undo_manager.hpp"
 
 namespace vx::editor {
@@ -32,31 +36,42 @@ struct Selection {
 
 enum class Motion { Left, Right, Up, Down, WordLeft, WordRight, LineStart, LineEnd, DocumentStart, DocumentEnd, PageUp, PageDown };
 
-class Tab {
+class Tab final : public DocumentView, private HighlightingHook {
 public:
-    Tab(std::unique_ptr<TextBuffer> text, std::string path);
+    // `path` names the file a document without one will be saved to (a file that does not exist yet).
+    explicit Tab(std::unique_ptr<VXSingleFileDocument> document, std::string path = {});
     ~Tab();
     Tab(const Tab&) = delete;
     Tab& operator=(const Tab&) = delete;
 
-    TextBuffer& text() { return *m_text; }
-    const TextBuffer& text() const { return *m_text; }
-    UndoManager& undoManager() { return m_undo; }
+    VXSingleFileDocument& document() { return *m_document; }
+    TextBuffer& text() { return m_text; }
+    const TextBuffer& text() const { return m_text; }
+    UndoManager& undoManager() { return m_document->undoManager(); }
 
-    const std::string& path() const { return m_path; }
-    void setPath(std::string path) { m_path = std::move(path); }
+    // The document's file, or the path it is to be saved to; empty for an untitled text.
+    std::string path() const { return m_document->fileURL().value_or(m_pendingPath); }
     // The file's name, or "untitled".
     std::string displayName() const;
-    bool isModified() const { return m_typing || m_changeCount != m_savedChangeCount; }
-    void markSaved() { m_savedChangeCount = m_changeCount; }
+    bool isModified() const { return m_typing || m_document->hasUnsavedChanges(); }
+
+    // Takes in what the document decided on opening, saving or reverting: language and colours,
+    // indentation; a selection past the end of a reverted text is brought back inside it.
+    void documentDidChange();
+    // Calls documentDidChange when the document was reverted behind the tab's back.
+    void refreshIfReverted();
+
+    // DocumentView: how the document sees this tab (the save trim reads and moves the selection).
+    Range selectedRange() const override { return m_selection.range(); }
+    void setSelectedRange(Range range) override { setSelection({range.location, range.end()}); }
 
     // Colours from the line highlighter; none for plain text.
     TabHighlighter* highlighter() { return m_highlighter.get(); }
     void setHighlighter(std::unique_ptr<TabHighlighter> highlighter) { m_highlighter = std::move(highlighter); }
 
     // What the status bar shows about the text.
-    std::string languageName = "Plain Text";
-    std::string encodingName = "UTF-8";
+    std::string languageName() const { return m_document->language().name; }
+    std::string encodingName() const;
     // The name of the line break style: LF, CRLF, CR, or Mixed.
     std::string lineEndingName() const;
 
@@ -69,9 +84,9 @@ public:
 
     Selection selection() const { return m_selection; }
     void setSelection(Selection selection);
-    uint64_t caretLine() const { return m_text->lineForOffset(m_selection.caret); }
+    uint64_t caretLine() const { return m_text.lineForOffset(m_selection.caret); }
     uint64_t caretColumn() const;
-    std::u16string selectedText() const { return m_text->substring(m_selection.range()); }
+    std::u16string selectedText() const { return m_text.substring(m_selection.range()); }
 
     // Typing coalesces into one undo step until something else happens (endTyping).
     void typeText(std::u16string_view text);
@@ -109,12 +124,16 @@ private:
     // the selection only reaches at its start.
     std::pair<uint64_t, uint64_t> selectedLines() const;
 
-    std::unique_ptr<TextBuffer> m_text;
+    // HighlightingHook: every edit of the storage, whoever makes it, reaches the colours.
+    void recomputeCache(Range editedRange, int64_t changeInLength, unsigned editedMask, bool fully) override;
+    std::vector<std::string> scopesAtLocation(uint64_t location) override;
+    std::optional<TextAttributes> defaultZoneAttributes() override { return std::nullopt; }
+
+    std::unique_ptr<VXSingleFileDocument> m_document;
+    DocumentTextBuffer m_text;
     std::unique_ptr<TabHighlighter> m_highlighter;
-    std::string m_path;
-    UndoManager m_undo;
-    long m_changeCount = 0;
-    long m_savedChangeCount = 0;
+    std::string m_pendingPath;
+    const VXTextStorage* m_shownStorage = nullptr;  // to notice a revert's new storage
     Selection m_selection;
     std::optional<uint64_t> m_desiredColumn;  // kept across vertical moves
     bool m_typing = false;

@@ -10,6 +10,7 @@
 #include "app/tui/input_decoder.hpp"
 #include "app/tui/renderer.hpp"
 #include "app/tui/terminal.hpp"
+#include "document/refresh_monitor.hpp"
 #include "platform/file_cache.hpp"
 #include "platform/paths.hpp"
 #include "platform/run_loop.hpp"
@@ -20,6 +21,8 @@ namespace {
 // How long an ESC waits for the rest of a sequence before it counts as the Escape key. Terminals
 // send a sequence in one write, so this only needs to cover a slow link.
 constexpr std::chrono::milliseconds kEscapeTimeout{30};
+// How often open files are compared with the disk, to notice changes other programs make.
+constexpr std::chrono::milliseconds kDiskCheckInterval{2000};
 
 class FrontEnd {
 public:
@@ -28,6 +31,15 @@ public:
 
     int run() {
         RunLoop& loop = RunLoop::main();
+        // While a question waits for its answer (a file changed on disk), input goes on being read
+        // and drawn from inside the question.
+        m_editor.setInputPump([this, &loop] {
+            paint();
+            loop.runOnce(std::chrono::milliseconds(1000));
+            return !m_done;
+        });
+        VXRefreshMonitor::sharedMonitor().setAlertPresenter(&m_editor);
+        auto diskCheck = loop.scheduleRepeatingTimer(kDiskCheckInterval, [] { VXRefreshMonitor::sharedMonitor().promptInBackground(); });
         auto input = loop.watchDescriptor(m_terminal.inputDescriptor(), POLLIN, [this](short) { readInput(); });
         auto signals = loop.watchDescriptor(m_terminal.signalDescriptor(), POLLIN, [this](short) { handleSignals(); });
         paint();
@@ -37,6 +49,9 @@ public:
         }
         loop.unwatchDescriptor(input);
         loop.unwatchDescriptor(signals);
+        loop.cancelTimer(diskCheck);
+        VXRefreshMonitor::sharedMonitor().setAlertPresenter(nullptr);
+        m_editor.setInputPump({});
         return m_status;
     }
 

@@ -1,0 +1,28 @@
+// The TextBuffer of a tab: its document's text storage, asked afresh on every call because
+// reverting a document gives it a new storage. Every edit the editor makes is an edit of that
+// storage, so it reaches the document's edit hooks and, through them, the highlighter.
+#pragma once
+
+#include "app/editor/text_buffer.hpp"
+#include "document/single_file_document.hpp"
+
+namespace vx::editor {
+
+class DocumentTextBuffer final : public TextBuffer {
+public:
+    explicit DocumentTextBuffer(VXSingleFileDocument& document) : m_document(document) {}
+
+    const VXTextStorage& storage() const { return m_document.contents(); }
+    uint64_t length() const override { return storage().length(); }
+    std::u16string substring(Range range) const override { return storage().substring(range); }
+    char16_t characterAt(uint64_t offset) const override { return storage().characterAtIndex(offset); }
+    uint64_t lineCount() const override { return storage().lineCount(); }
+    uint64_t lineStart(uint64_t line) const override { return storage().lineRange(line).location; }
+    uint64_t lineForOffset(uint64_t offset) const override { return storage().lineIndexForPosition(offset); }
+    void replace(Range range, std::u16string_view text) override { m_document.contents().replaceCharactersInRange(range, text); }
+
+private:
+    VXSingleFileDocument& m_document;
+};
+
+}  // namespace vx::editor
