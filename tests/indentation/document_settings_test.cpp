@@ -1,13 +1,9 @@
-// A document's scoped settings: lookups through its extension and language, language-specific
-// writes, and the indentation they lead to.
+// A document's scoped settings: lookups through its extension and language, and language-specific
+// writes.
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "document/default_detector.hpp"
 #include "document/document_settings.hpp"
-#include "platform/user_defaults.hpp"
-#include "support/temp_dir.hpp"
 
 using namespace vx;
 
@@ -87,41 +83,6 @@ TEST(DocumentSettings, LookupOrder) {
     EXPECT_EQ(extensionOrFileName("a.tar.gz"), "gz");
     EXPECT_EQ(DocumentSettings("", "/x/Makefile", {&other}).extensionContext(),
               (VXSettingsContext::Dictionary{{"__extension__", "makefile"}}));
-}
-
-TEST(DocumentSettings, IndentationFromTextSettingsAndLanguage) {
-    VXSettingsContext c;
-    const VXIndentationContext start;  // 4, hard tabs
-    auto rubyFile = document(c, "source.ruby", "/p/a.rb");
-    const std::optional<std::string> ruby = VXDefaultDetector::sharedDetector().languageForPath("/p/a.rb");
-    ASSERT_EQ(ruby, "Ruby");
-
-    // Nothing in the text, nothing set: the language's default size.
-    EXPECT_EQ(tabInfoForText(u"a\nb\n", start, rubyFile, ruby).tabSize, 2u);
-    // A global setting does not beat the language, a language-specific one does.
-    c.setValue(int64_t{8}, "VXTabSize", 0, nullptr);
-    EXPECT_EQ(tabInfoForText(u"a\nb\n", start, rubyFile, ruby).tabSize, 2u);
-    rubyFile.setSetting(int64_t{3}, "VXTabSize", true);
-    rubyFile.setSetting(true, "VXUseSoftTabs", true);
-    auto chosen = tabInfoForText(u"a\nb\n", start, rubyFile, ruby);
-    EXPECT_EQ(chosen.tabSize, 3u);
-    EXPECT_TRUE(chosen.useSoftTabs);
-    // The text itself beats them all.
-    chosen = tabInfoForText(u"a\n\tb\n\t\tc\n", start, rubyFile, ruby);
-    EXPECT_EQ(chosen.tabSize, 3u);
-    EXPECT_FALSE(chosen.useSoftTabs);
-    chosen = tabInfoForText(u"a\n    b\n        c\n    d\n", start, rubyFile, ruby);
-    EXPECT_EQ(chosen.tabSize, 4u);
-    EXPECT_TRUE(chosen.useSoftTabs);
-}
-
-TEST(DocumentSettings, PlainPreferences) {
-    test::TempDir home;
-    ASSERT_EQ(setenv("VX_HOME", home.path().c_str(), 1), 0);
-    EXPECT_EQ(get_setting("VXTrimTrailingWhitespaceAmount"), 0);
-    UserDefaults::standardUserDefaults().setInteger("VXTrimTrailingWhitespaceAmount", 2);
-    EXPECT_EQ(get_setting("VXTrimTrailingWhitespaceAmount"), 2);
-    unsetenv("VX_HOME");
 }
 
 }  // namespace
