@@ -58,6 +58,8 @@ std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::
     task->setArguments({command.begin() + 1, command.end()});
     task->populateWithCurrentEnvironment();
     for (const auto& [name, value] : environment.exportedVariables()) task->environment()[name] = value;
+    // Commands run in the document's folder, so that relative paths mean what the user sees.
+    if (auto directory = environment.variable(u"VX_DIRECTORY")) task->setWorkingDirectory(utf16ToUtf8(*directory));
     // An interpreter reads the script from its standard input; /bin/sh gets it as an argument.
     if (!prefixText.empty()) task->setInputString(scriptText);
     if (!task->launch()) {

@@ -10,7 +10,8 @@ namespace vx {
 
 // Runs `script` with /bin/sh, or, when `prefix` names an interpreter (the "#!" line of the
 // command, without the "#!"), runs that interpreter with the script on its standard input.
-// The child sees the editor's environment plus the snippet variables that have a value. Gives
+// The child sees the editor's environment plus the snippet variables that have a value, and
+// runs in the document's folder when there is one (else the editor's current folder). Gives
 // standard output without one trailing line break, or nothing when the command cannot start,
 // exits with a non-zero status or outlives `environment.shellTimeout` (it is killed then).
 std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::u16string_view script,

@@ -124,6 +124,8 @@ TEST(SnippetShellConstants, RunOnlyWhenAllowedAndReturnTheirOutput) {
     EXPECT_EQ(shell.resolve(environment), u"héllo");      // one trailing line break dropped
 
     EXPECT_EQ(runShellConstant(u"", u"echo \"$VX_FILENAME\"", environment), u"some file.txt");
+    EXPECT_EQ(runShellConstant(u"", u"pwd", environment), u"/tmp");  // the document's folder
+    EXPECT_EQ(runShellConstant(u"sh", u"echo found in PATH", environment), u"found in PATH");
     EXPECT_EQ(runShellConstant(u"/bin/sh", u"read x; echo got; echo $0", environment), u"got\n/bin/sh");  // script on stdin
     EXPECT_EQ(runShellConstant(u"/usr/bin/env sh", u"echo via env", environment), u"via env");
     EXPECT_EQ(runShellConstant(u"", u"echo partial; exit 3", environment), std::nullopt);
