@@ -1,5 +1,9 @@
-// vx highlight FILE [--language NAME | --syntax PATH] [--format FORMAT]: the whole file through
-// the highlighter, printed in one of the formats below.
+// vx highlight FILE [--language NAME | --syntax PATH] [--theme NAME|PATH] [--format FORMAT]
+// [--colors 24bit|256]: the whole file through the highlighter, printed in one of the formats below.
+//
+// For people: ansi (colour escapes for a terminal; the default when standard output is one) and
+// html (a standalone page with inline styles), coloured by a theme (Nightfall unless --theme
+// says otherwise). For checking: scopes and events.
 //
 // Formats are a table: a format turns the highlighted lines into text, so output for people
 // (colours from a theme) is added as another entry without touching the rest.
@@ -10,7 +14,11 @@
 #include <map>
 #include <memory>
 
+#include <cmath>
+#include <cstdlib>
+
 #include "app/commands/command.hpp"
+#include "selectors/theme.hpp"
 #include "syntax/document_highlighter.hpp"
 #include "syntax/language_catalog.hpp"
 #include "syntax/mapped_string.hpp"
@@ -19,11 +27,210 @@
 namespace vx::cli {
 namespace {
 
+constexpr const char* kDefaultTheme = "Nightfall";
+
 struct HighlightInput {
     std::u16string text;
     std::vector<VXHighlightedLine> lines;
     const VXSyntaxRuleset* ruleset = nullptr;
+    std::string themeName = kDefaultTheme;
+    bool trueColor = true;  // ansi: 24-bit escapes, else the 256-colour palette
+    std::string title;      // html: the page's title
 };
+
+// --- colours from the theme ------------------------------------------------------------------------
+
+struct Rgb {
+    int r = 0, g = 0, b = 0;
+    friend bool operator==(const Rgb&, const Rgb&) = default;
+};
+
+// A theme colour over the background: what the eye sees of a half-transparent colour.
+Rgb over(const VXColor& color, const Rgb& background) {
+    auto channel = [&](double c, int under) {
+        const double clamped = std::clamp(c, 0.0, 1.0);
+        const double alpha = std::clamp(color.alpha, 0.0, 1.0);
+        return static_cast<int>(std::lround(clamped * 255.0 * alpha + under * (1.0 - alpha)));
+    };
+    return {channel(color.red, background.r), channel(color.green, background.g), channel(color.blue, background.b)};
+}
+
+// How one run of text looks, colours resolved against the theme's defaults.
+struct Look {
+    Rgb foreground;
+    std::optional<Rgb> background;  // only where it differs from the page's
+    bool bold = false, italic = false, underline = false, strikethrough = false;
+    friend bool operator==(const Look&, const Look&) = default;
+};
+
+class ThemeLooks {
+public:
+    explicit ThemeLooks(const std::string& name) : m_theme(loadTheme(name)) {
+        if (!m_theme) throw CommandFailure("unknown theme: " + name);
+        const VXAttrDict defaults = m_theme->attributesForZone(m_theme->defaultZone);
+        // A theme without default colours draws light on dark.
+        m_page.background = defaults.background.alpha > 0 ? over(defaults.background, {0, 0, 0}) : Rgb{0x1e, 0x1e, 0x1e};
+        m_page.foreground = defaults.foreground.alpha > 0 ? over(defaults.foreground, *m_page.background)
+                                                          : Rgb{0xdd, 0xdd, 0xdd};
+    }
+    const Rgb& pageForeground() const { return m_page.foreground; }
+    const Rgb& pageBackground() const { return *m_page.background; }
+
+    Look lookFor(const std::vector<VXScope>& scopes) {
+        std::string key;
+        for (const VXScope& scope : scopes) (key += scope.stringRepresentation()) += ' ';
+        if (auto found = m_cache.find(key); found != m_cache.end()) return found->second;
+        const VXAttrDict attributes = m_theme->attributesForZone(m_theme->zoneForContext(VXContext::fromScopes(scopes)));
+        Look look;
+        look.foreground = attributes.foreground.alpha > 0 ? over(attributes.foreground, *m_page.background) : m_page.foreground;
+        if (attributes.background.alpha > 0) {
+            const Rgb background = over(attributes.background, *m_page.background);
+            if (background != *m_page.background) look.background = background;
+        }
+        look.bold = attributes.bold;
+        look.italic = attributes.italic;
+        look.underline = attributes.underline;
+        look.strikethrough = attributes.strikethrough;
+        return m_cache.emplace(std::move(key), look).first->second;
+    }
+
+private:
+    std::shared_ptr<VXTheme> m_theme;
+    Look m_page;
+    std::map<std::string, Look> m_cache;
+};
+
+// Each line's runs with their looks, the text of each run in UTF-8; endLine after each line break.
+template <class Emit>
+void forEachStyledRun(const HighlightInput& input, ThemeLooks& looks, Emit&& emit,
+                      const std::function<void()>& endLine) {
+    const std::u16string_view text = input.text;
+    for (size_t n = 0; n < input.lines.size(); ++n) {
+        const VXHighlightedLine& line = input.lines[n];
+        // Neighbouring runs that look the same are written as one.
+        std::optional<Look> pending;
+        std::string pendingText;
+        for (const VXScopeRun& run : scopeRunsForLine(line)) {
+            const Look look = looks.lookFor(run.scopes);
+            if (pending && *pending != look) emit(*pending, std::exchange(pendingText, {}));
+            pending = look;
+            pendingText += utf8FromUtf16(text.substr(line.line.start + run.start, run.end - run.start));
+        }
+        if (pending) emit(*pending, pendingText);
+        if (n + 1 < input.lines.size() || line.line.length > line.line.contentLength) endLine();
+    }
+}
+
+// --- ansi ----------------------------------------------------------------------------------------
+
+// The nearest colour of the 256-colour palette: the 6x6x6 cube or the grey ramp.
+int paletteIndex(const Rgb& c) {
+    static constexpr int kLevels[6] = {0, 95, 135, 175, 215, 255};
+    auto level = [](int v) {
+        int best = 0;
+        for (int i = 1; i < 6; ++i)
+            if (std::abs(kLevels[i] - v) < std::abs(kLevels[best] - v)) best = i;
+        return best;
+    };
+    auto distance = [&](int r, int g, int b) { return (r - c.r) * (r - c.r) + (g - c.g) * (g - c.g) + (b - c.b) * (b - c.b); };
+    const int ri = level(c.r), gi = level(c.g), bi = level(c.b);
+    const int cube = 16 + 36 * ri + 6 * gi + bi;
+    const int cubeDistance = distance(kLevels[ri], kLevels[gi], kLevels[bi]);
+    const int average = (c.r + c.g + c.b) / 3;
+    const int grey = std::clamp((average - 8 + 5) / 10, 0, 23);
+    const int greyValue = 8 + 10 * grey;
+    return distance(greyValue, greyValue, greyValue) < cubeDistance ? 232 + grey : cube;
+}
+
+std::string sgrColor(bool foreground, const Rgb& c, bool trueColor) {
+    const char* kind = foreground ? "38" : "48";
+    if (trueColor)
+        return std::string(kind) + ";2;" + std::to_string(c.r) + ";" + std::to_string(c.g) + ";" + std::to_string(c.b);
+    return std::string(kind) + ";5;" + std::to_string(paletteIndex(c));
+}
+
+// Text colours only, on the terminal's own background (as pagers show code); zones with a
+// background of their own get it. Escapes are written only where the look changes.
+std::string formatAnsi(const HighlightInput& input) {
+    ThemeLooks looks(input.themeName);
+    std::string out;
+    std::optional<Look> current;
+    forEachStyledRun(
+        input, looks,
+        [&](const Look& look, const std::string& text) {
+            if (!current || *current != look) {
+                out += "\x1b[0";
+                if (look.bold) out += ";1";
+                if (look.italic) out += ";3";
+                if (look.underline) out += ";4";
+                if (look.strikethrough) out += ";9";
+                out += ";" + sgrColor(true, look.foreground, input.trueColor);
+                if (look.background) out += ";" + sgrColor(false, *look.background, input.trueColor);
+                out += "m";
+                current = look;
+            }
+            out += text;
+        },
+        [&] {
+            if (current) out += "\x1b[0m";
+            current.reset();
+            out += "\n";
+        });
+    if (current) out += "\x1b[0m";
+    return out;
+}
+
+// --- html ----------------------------------------------------------------------------------------
+
+std::string cssColor(const Rgb& c) {
+    char buffer[8];
+    std::snprintf(buffer, sizeof buffer, "#%02x%02x%02x", c.r, c.g, c.b);
+    return buffer;
+}
+
+void appendEscaped(std::string& out, std::string_view text) {
+    for (char c : text) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+}
+
+std::string formatHtml(const HighlightInput& input) {
+    ThemeLooks looks(input.themeName);
+    std::string out = "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>";
+    appendEscaped(out, input.title);
+    out += "</title>\n</head>\n<body style=\"margin:0;background:" + cssColor(looks.pageBackground()) + "\">\n";
+    out += "<pre style=\"margin:0;padding:1em;font-family:monospace;color:" + cssColor(looks.pageForeground()) +
+           ";background:" + cssColor(looks.pageBackground()) + "\">";
+    const Look plain{looks.pageForeground(), std::nullopt};
+    forEachStyledRun(
+        input, looks,
+        [&](const Look& look, const std::string& text) {
+            if (look == plain) {
+                appendEscaped(out, text);
+                return;
+            }
+            std::string style;
+            if (look.foreground != plain.foreground) style += "color:" + cssColor(look.foreground) + ";";
+            if (look.background) style += "background:" + cssColor(*look.background) + ";";
+            if (look.bold) style += "font-weight:bold;";
+            if (look.italic) style += "font-style:italic;";
+            if (look.underline || look.strikethrough)
+                style += std::string("text-decoration:") + (look.underline ? " underline" : "") +
+                         (look.strikethrough ? " line-through" : "") + ";";
+            out += "<span style=\"" + style + "\">";
+            appendEscaped(out, text);
+            out += "</span>";
+        },
+        [&] { out += "\n"; });
+    out += "</pre>\n</body>\n</html>\n";
+    return out;
+}
 
 using HighlightFormat = std::function<std::string(const HighlightInput&)>;
 
@@ -31,8 +238,18 @@ const std::map<std::string, HighlightFormat>& formats() {
     static const std::map<std::string, HighlightFormat> table = {
         {"scopes", [](const HighlightInput& input) { return formatScopes(input.lines); }},
         {"events", [](const HighlightInput& input) { return formatEvents(input.lines); }},
+        {"ansi", formatAnsi},
+        {"html", formatHtml},
     };
     return table;
+}
+
+// 24-bit colour when the terminal says it has it (COLORTERM), the 256-colour palette otherwise.
+bool terminalHasTrueColor() {
+    const char* colorterm = std::getenv("COLORTERM");
+    if (!colorterm) return false;
+    const std::string value = colorterm;
+    return value == "truecolor" || value == "24bit";
 }
 
 struct Options {
@@ -40,6 +257,8 @@ struct Options {
     std::string language;
     std::string syntax;
     std::string format;
+    std::string theme;
+    std::string colors;
 };
 
 // The text of a file as the highlighter sees it: UTF-8 (a byte-order mark is dropped).
@@ -62,11 +281,14 @@ const VXSyntaxRuleset* loadSyntaxFile(const std::string& path) {
 }
 
 void run(const Options& options) {
-    const std::string format = options.format.empty() ? "scopes" : options.format;
+    const std::string format = !options.format.empty() ? options.format : isatty(STDOUT_FILENO) ? "ansi" : "scopes";
     auto formatter = formats().find(format);
     if (formatter == formats().end()) throw CommandFailure("unknown format: " + format);
 
     HighlightInput input;
+    if (!options.theme.empty()) input.themeName = options.theme;
+    input.trueColor = options.colors.empty() ? terminalHasTrueColor() : options.colors == "24bit";
+    input.title = options.file == "-" ? "standard input" : std::filesystem::path(options.file).filename().string();
     input.text = readText(options.file);
     if (!options.syntax.empty()) {
         input.ruleset = loadSyntaxFile(options.syntax);
@@ -95,7 +317,11 @@ void registerHighlight(CLI::App& app) {
         ->excludes(language);
     std::string names;
     for (const auto& [name, _] : formats()) names += (names.empty() ? "" : "|") + name;
-    command->add_option("--format", options.format, "Output format: " + names + " (default scopes)");
+    command->add_option("--format", options.format,
+                        "Output format: " + names + " (default ansi on a terminal, else scopes)");
+    command->add_option("--theme", options.theme, "Colour theme for ansi and html: a name or a path (default Nightfall)");
+    command->add_option("--colors", options.colors, "ansi colours: 24bit or 256 (default from COLORTERM)")
+        ->check(CLI::IsMember({"24bit", "256"}));
     command->callback([] { run(options); });
 }
 
