@@ -1,6 +1,7 @@
 #include "syntax/document_highlighter.hpp"
 
 #include <algorithm>
+#include <charconv>
 
 namespace vx {
 
@@ -145,12 +146,26 @@ std::string formatScopes(const std::vector<VXHighlightedLine>& lines) {
 
 std::string formatEvents(const std::vector<VXHighlightedLine>& lines) {
     std::string out;
+    size_t events = 0;
+    for (const auto& line : lines) events += line.events.size();
+    out.reserve(lines.size() * 8 + events * 40);
+    char number[24];
+    auto append = [&](uint64_t value, char after) {
+        const auto end = std::to_chars(number, number + sizeof number, value).ptr;
+        out.append(number, end);
+        out += after;
+    };
     for (size_t n = 0; n < lines.size(); ++n) {
-        out += "L" + std::to_string(n) + ":\n";
+        out += 'L';
+        append(n, ':');
+        out += '\n';
         for (const VXSyntaxZone& zone : lines[n].events) {
-            out += std::to_string(zone.effectiveType) + " " + std::to_string(zone.semanticType) + " " +
-                   std::to_string(zone.range.location) + " " + std::to_string(zone.range.length) + " " +
-                   zone.scope.toString() + "\n";
+            append(zone.effectiveType, ' ');
+            append(zone.semanticType, ' ');
+            append(zone.range.location, ' ');
+            append(zone.range.length, ' ');
+            out += zone.scope.stringRepresentation();
+            out += '\n';
         }
     }
     return out;
