@@ -5,7 +5,9 @@
 
 #include "support/temp_dir.hpp"
 #include "syntax/document_highlighter.hpp"
+#include "document/text_storage.hpp"
 #include "syntax/language_catalog.hpp"
+#include "syntax/language_chooser.hpp"
 
 namespace {
 
@@ -74,6 +76,13 @@ TEST(LanguageCatalog, ChoosesByUserChoiceGlobContentSiblingsThenPlainText) {
     std::u16string late(600, u' ');
     late += u"class";
     EXPECT_EQ(t.detect("b.h", late), "c");
+
+    // The document's chooser answers the same, with the root scope of the language's ruleset.
+    VXSyntaxLanguageChooser chooser(t.catalog);
+    const auto chosen = chooser.detectLanguageForFilePath(t.dir.path() + "/src/a.h", VXTextStorage(u"class A {};"));
+    ASSERT_TRUE(chosen.has_value());
+    EXPECT_EQ(chosen->identifier, "c++");
+    EXPECT_EQ(chooser.plainTextLanguage().identifier, "txt");
 
     // A sibling with the same base name decides between C and C++.
     t.dir.write("src/widget.cpp", "");
