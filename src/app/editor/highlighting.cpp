@@ -95,6 +95,7 @@ void TabHighlighter::invalidateFrom(uint64_t line) {
     // The checkpoint at or before the line stays: it is the start of a line the edit did not reach.
     size_t keep = static_cast<size_t>(line / kCheckpointInterval) + 1;
     if (m_checkpoints.size() > keep) m_checkpoints.resize(keep);
+    if (m_next && m_next->first > line) m_next.reset();
 }
 
 VXContext TabHighlighter::parseLine(const TextBuffer& text, uint64_t line, const VXContext& start,
@@ -126,6 +127,7 @@ bool TabHighlighter::advance(const TextBuffer& text, uint64_t target, std::chron
 VXContext TabHighlighter::contextForLine(const TextBuffer& text, uint64_t line) {
     advance(text, line, std::chrono::hours(1));
     uint64_t from = line / kCheckpointInterval * kCheckpointInterval;
+    if (m_next && m_next->first == line) return m_next->second;
     VXContext context = m_checkpoints[from / kCheckpointInterval];
     std::vector<VXSyntaxZone> events;
     for (uint64_t l = from; l < line; ++l) context = parseLine(text, l, context, events);
@@ -137,7 +139,7 @@ std::optional<std::vector<StyledRun>> TabHighlighter::runsForLine(const TextBuff
     if (line >= text.lineCount() || !isWithinReach(line)) return std::nullopt;
     VXContext start = contextForLine(text, line);
     std::vector<VXSyntaxZone> events;
-    parseLine(text, line, start, events);
+    m_next.emplace(line + 1, parseLine(text, line, start, events));
 
     ScopeStack stack;
     for (const VXSyntaxZone& zone : start) {

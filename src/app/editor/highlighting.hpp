@@ -66,6 +66,9 @@ private:
 
     const VXSyntaxRuleset& m_ruleset;
     std::vector<VXContext> m_checkpoints;  // the start context of lines 0, 32, 64, ...
+    // The start context of the line after the last one coloured: a frame colours its lines top to
+    // bottom, and each then costs one parse instead of a parse from its checkpoint.
+    std::optional<std::pair<uint64_t, VXContext>> m_next;
     VXSyntaxParseState m_state;
 };
 
