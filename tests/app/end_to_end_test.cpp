@@ -92,5 +92,30 @@ TEST(EndToEnd, EditSaveQuitAndRecoverAfterTermination) {
     EXPECT_TRUE(again.waitFor("EXIT=0")) << again.pane();
 }
 
+TEST(EndToEnd, AFileChangedOnDiskIsNoticedAndTheAnswerIsTakenInTheEditor) {
+    if (run("command -v tmux").empty()) GTEST_SKIP() << "tmux is not installed";
+    test::TempDir home, files;
+    std::string path = files.write("shared.txt", "mine\n");
+    Tmux tmux(home.path());
+    tmux.start(std::string(VX_BINARY) + " " + path);
+    ASSERT_TRUE(tmux.waitFor("shared.txt")) << tmux.pane();
+    tmux.keys("End ' edited'");
+    ASSERT_TRUE(tmux.waitFor("mine edited")) << tmux.pane();
+    // Another program writes the file; the periodic check notices within a few seconds.
+    run("sleep 1.1; printf 'theirs\\n' > " + path);
+    bool asked = false;
+    for (int i = 0; i < 3 && !asked; ++i) asked = tmux.waitFor("Warning: This file has been changed by another application");
+    ASSERT_TRUE(asked) << tmux.pane();
+    EXPECT_NE(tmux.pane().find("Use Version on Disk"), std::string::npos) << tmux.pane();
+    tmux.keys("u");
+    ASSERT_TRUE(tmux.waitFor("   1 theirs")) << tmux.pane();
+    // Typing goes on normally after the question.
+    tmux.keys("C-Home x C-s");
+    ASSERT_TRUE(tmux.waitFor("Saved")) << tmux.pane();
+    EXPECT_EQ(readWholeFile(path), "xtheirs\n");
+    tmux.keys("C-q");
+    EXPECT_TRUE(tmux.waitFor("EXIT=0")) << tmux.pane();
+}
+
 }  // namespace
 }  // namespace vx

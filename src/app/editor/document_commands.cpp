@@ -69,7 +69,10 @@ void showLineEndingMenu(Editor& editor) {
 void registerDocumentCommands(Editor& editor) {
     editor.addCommand("encoding-menu", showEncodingMenu);
     editor.addCommand("line-ending-menu", showLineEndingMenu);
-    editor.addCommand("check-disk", [](Editor&) { VXRefreshMonitor::sharedMonitor().promptImmediately(); });
+    editor.addCommand("check-disk", [](Editor& e) {
+        for (size_t i = 0; i < e.tabCount(); ++i) e.tab(i).endTyping();
+        VXRefreshMonitor::sharedMonitor().promptImmediately();
+    });
 }
 
 }  // namespace vx::editor

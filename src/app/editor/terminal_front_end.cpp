@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <map>
 
 #include "app/editor/editor.hpp"
 #include "app/editor/files.hpp"
@@ -39,7 +40,7 @@ public:
             return !m_done;
         });
         VXRefreshMonitor::sharedMonitor().setAlertPresenter(&m_editor);
-        auto diskCheck = loop.scheduleRepeatingTimer(kDiskCheckInterval, [] { VXRefreshMonitor::sharedMonitor().promptInBackground(); });
+        auto diskCheck = loop.scheduleRepeatingTimer(kDiskCheckInterval, [this] { checkDisk(); });
         auto input = loop.watchDescriptor(m_terminal.inputDescriptor(), POLLIN, [this](short) { readInput(); });
         auto signals = loop.watchDescriptor(m_terminal.signalDescriptor(), POLLIN, [this](short) { handleSignals(); });
         paint();
@@ -70,6 +71,27 @@ private:
                 paint();
             });
         }
+    }
+
+    // Asks the monitor to look at the files only when one of them got a new modification time:
+    // a file whose change the user chose to ignore is not asked about again until it changes again,
+    // and no question is stacked on one being shown.
+    void checkDisk() {
+        if (m_editor.hasModal()) return;
+        bool changed = false;
+        for (size_t i = 0; i < m_editor.tabCount(); ++i) {
+            std::string path = m_editor.tab(i).path();
+            if (path.empty()) continue;
+            double stamp = VXRefreshMonitor::timestampForURL(path);
+            // A file seen for the first time is checked too: it may have changed since it was read.
+            auto [seen, added] = m_diskStamps.try_emplace(path, stamp);
+            if (added || seen->second != stamp) changed = true;
+            seen->second = stamp;
+        }
+        if (!changed) return;
+        // Typing in progress is an unsaved change like any other: the check must see it.
+        for (size_t i = 0; i < m_editor.tabCount(); ++i) m_editor.tab(i).endTyping();
+        VXRefreshMonitor::sharedMonitor().promptInBackground();
     }
 
     void dispatch() {
@@ -130,6 +152,7 @@ private:
     tui::Screen m_screen;
     RunLoop::TimerId m_escapeTimer = 0;
     RunLoop::TimerId m_backgroundStep = 0;
+    std::map<std::string, double> m_diskStamps;
     bool m_done = false;
     int m_status = 0;
 };
