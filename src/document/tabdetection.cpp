@@ -78,8 +78,8 @@ void tallyLine(LineTally& tally, uint16_t spaces, uint16_t tabs) {
     }
 }
 
-LineTally tallyLines(const unsigned short* text, unsigned long length) {
-    LineTally tally;
+// Adds the lines of a text (or of a piece of one that ends at a line feed) to a tally.
+void tallyLines(LineTally& tally, const unsigned short* text, unsigned long length) {
     unsigned long i = 0;
     while (i < length) {
         // The leading run of one line.
@@ -96,7 +96,6 @@ LineTally tallyLines(const unsigned short* text, unsigned long length) {
         i = nextLineFeed(text, i, length);
         if (i < length) ++i;  // past the LF
     }
-    return tally;
 }
 
 // The width of one level: the divisor from 2 to 8 that most pairs of counts share.
@@ -143,9 +142,10 @@ double widthConfidence(const std::vector<uint16_t>& counts, int64_t width) {
 
 }  // namespace
 
-TabDetectionResult detect(const unsigned short* text, unsigned long length) {
+namespace {
+
+TabDetectionResult decide(LineTally& tally) {
     TabDetectionResult result;  // undecided until a rule below decides
-    LineTally tally = tallyLines(text, length);
     if (tally.indented == 0) return result;
 
     double indented = double(tally.indented);
@@ -169,6 +169,24 @@ TabDetectionResult detect(const unsigned short* text, unsigned long length) {
     result.width = voteWidth(tally.spaceCounts);
     result.widthConfidence = widthConfidence(tally.spaceCounts, result.width);
     return result;
+}
+
+}  // namespace
+
+TabDetectionResult detect(const unsigned short* text, unsigned long length) {
+    LineTally tally;
+    tallyLines(tally, text, length);
+    return decide(tally);
+}
+
+TabDetectionResult detectInPieces(const std::function<std::u16string_view()>& nextPiece) {
+    LineTally tally;
+    for (std::u16string_view piece = nextPiece(); !piece.empty(); piece = nextPiece()) {
+        tallyLines(tally, reinterpret_cast<const unsigned short*>(piece.data()), piece.size());
+        // Only the first counts are ever looked at.
+        if (tally.spaceCounts.size() > kMaxKeptCounts) tally.spaceCounts.resize(kMaxKeptCounts);
+    }
+    return decide(tally);
 }
 
 bool shouldHighlight(const unsigned short* text, unsigned long length) {

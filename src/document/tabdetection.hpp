@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 namespace vx {
@@ -31,6 +32,11 @@ struct TabDetectionResult {
 // Both read UTF-16 code units; neither keeps the pointer.
 TabDetectionResult detect(const unsigned short* text, unsigned long length);
 bool shouldHighlight(const unsigned short* text, unsigned long length);
+
+// The same over a text handed over in pieces (an empty piece ends it); every piece but the last
+// ends with a line feed, so that no line is split. Large documents are read this way, a block of
+// lines at a time, instead of being copied whole.
+TabDetectionResult detectInPieces(const std::function<std::u16string_view()>& nextPiece);
 
 inline TabDetectionResult detect(std::u16string_view text) {
     return detect(reinterpret_cast<const unsigned short*>(text.data()), text.size());
