@@ -41,8 +41,7 @@ uint64_t VXSyntaxSearchCache::nextMatch(const VXSyntaxPatternDefinition& pattern
     if (id >= m_entries.size()) m_entries.resize(std::max<size_t>(VXSyntaxPatternDefinition::searchIdCount(), id + 1));
     Entry& entry = m_entries[id];
     if (entry.line == m_line && entry.from <= from && (entry.found == kNotFound || entry.found >= from)) return entry.found;
-    const auto found = pattern.searchRegex()->search(line.text, from, line.text.size(), region);
-    entry = {m_line, from, found ? *found : kNotFound};
+    entry = {m_line, from, pattern.findNext(line, from, region)};
     return entry.found;
 }
 

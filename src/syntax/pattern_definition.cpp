@@ -10,6 +10,13 @@
 namespace vx {
 namespace {
 
+uint64_t VXSyntaxNextCharacterIn(std::u16string_view text, uint64_t position) {
+    if (position + 1 < text.size() && text[position] >= 0xD800 && text[position] <= 0xDBFF &&
+        text[position + 1] >= 0xDC00 && text[position + 1] <= 0xDFFF)
+        return position + 2;
+    return position + 1;
+}
+
 char16_t foldAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
 bool isAsciiLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
 bool isAsciiAlnum(char16_t c) { return isAsciiLetter(c) || (c >= u'0' && c <= u'9'); }
@@ -180,7 +187,7 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
     } else {
         const auto strings = node->extractStrings();
         if (strings.empty() || strings.front().empty()) return nullptr;
-        pattern = std::make_unique<VXSyntaxPatternStringDefinition>(utf16FromUtf8(strings.front()));
+        pattern = std::make_unique<VXSyntaxPatternStringDefinition>(utf16FromUtf8(strings.front()), ignoreCase);
     }
     if (!pattern) return nullptr;
     pattern->beforeWordBoundary = both || node->nodeForKey("boundary.left") != nullptr;
@@ -191,7 +198,39 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
     return pattern;
 }
 
+// --- finding the next match ---------------------------------------------------------------
+
+uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const {
+    const auto found = searchRegex()->search(line.text, from, line.text.size(), region);
+    return found ? *found : kNotFound;
+}
+
+void VXSyntaxLiteralPatternDefinition::addFirstCharacter(char16_t c, bool ignoringCase) {
+    if (c >= 128) {
+        m_otherFirst = true;
+        return;
+    }
+    m_asciiFirst[c] = true;
+    if (ignoringCase && isAsciiLetter(c)) m_asciiFirst[c ^ 0x20] = true;
+}
+
+uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const {
+    const std::u16string_view text = line.text;
+    for (uint64_t p = from; p < text.size();) {
+        const char16_t c = text[p];
+        if ((c < 128 ? m_asciiFirst[c] : m_otherFirst) && matchAt(line, p, region)) return p;
+        // Characters step as the expression engine steps: a surrogate pair at once.
+        p = (c >= 0xD800 && c <= 0xDBFF) ? VXSyntaxNextCharacterIn(text, p) : p + 1;
+    }
+    return kNotFound;
+}
+
 // --- strings ----------------------------------------------------------------------------
+
+VXSyntaxPatternStringDefinition::VXSyntaxPatternStringDefinition(std::u16string text, bool ignoringCase)
+    : VXSyntaxLiteralPatternDefinition(String), string(std::move(text)) {
+    if (!string.empty()) addFirstCharacter(string.front(), ignoringCase);
+}
 
 std::optional<uint64_t> VXSyntaxPatternStringDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
                                                                      VXRegexRegion*, const VXRegex*) const {
@@ -215,7 +254,10 @@ std::string VXSyntaxPatternStringDefinition::selfmlDebuggingRepresentation() con
 // --- lists ------------------------------------------------------------------------------
 
 VXSyntaxPatternListDefinition::VXSyntaxPatternListDefinition(std::vector<std::u16string> words, bool ignoreCase)
-    : VXSyntaxPatternDefinition(List), strings(std::move(words)), hashTrie(strings, ignoreCase) {}
+    : VXSyntaxLiteralPatternDefinition(List), strings(std::move(words)), hashTrie(strings, ignoreCase) {
+    for (const auto& word : strings)
+        if (!word.empty()) addFirstCharacter(word.front(), ignoreCase);
+}
 
 std::optional<uint64_t> VXSyntaxPatternListDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
                                                                    VXRegexRegion*, const VXRegex*) const {

@@ -10,6 +10,7 @@
 // (the same test written so that Oniguruma can search for it; see candidate_set.hpp).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -18,6 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/range.hpp"
 #include "syntax/hash_trie.hpp"
 #include "syntax/regex.hpp"
 #include "syntax/scope.hpp"
@@ -85,6 +87,10 @@ public:
         return m_searchId;
     }
     static uint32_t searchIdCount();
+    // The leftmost position at or after `from` where matchAt succeeds, or kNotFound: found
+    // with the search expression, or for literal kinds by testing the positions whose first
+    // character can start a match (faster than the expression engine for keyword lists).
+    virtual uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const;
 
     virtual std::string selfmlDebuggingRepresentation() const = 0;
 
@@ -106,9 +112,22 @@ private:
     mutable uint32_t m_searchId = UINT32_MAX;
 };
 
-class VXSyntaxPatternStringDefinition : public VXSyntaxPatternDefinition {
+// What literal patterns share: the characters that can begin a match.
+class VXSyntaxLiteralPatternDefinition : public VXSyntaxPatternDefinition {
 public:
-    explicit VXSyntaxPatternStringDefinition(std::u16string text) : VXSyntaxPatternDefinition(String), string(std::move(text)) {}
+    uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const override;
+
+protected:
+    using VXSyntaxPatternDefinition::VXSyntaxPatternDefinition;
+    // Records a word's first character (both cases when case is ignored).
+    void addFirstCharacter(char16_t c, bool ignoringCase);
+    std::array<bool, 128> m_asciiFirst{};
+    bool m_otherFirst = false;  // some word begins outside ASCII
+};
+
+class VXSyntaxPatternStringDefinition : public VXSyntaxLiteralPatternDefinition {
+public:
+    explicit VXSyntaxPatternStringDefinition(std::u16string text, bool ignoringCase);
     std::u16string string;
     std::string selfmlDebuggingRepresentation() const override;
 
@@ -117,7 +136,7 @@ protected:
     std::u16string kindExpression() const override;
 };
 
-class VXSyntaxPatternListDefinition : public VXSyntaxPatternDefinition {
+class VXSyntaxPatternListDefinition : public VXSyntaxLiteralPatternDefinition {
 public:
     VXSyntaxPatternListDefinition(std::vector<std::u16string> words, bool caseInsensitive);
     std::vector<std::u16string> strings;
