@@ -5,26 +5,10 @@
 #include "app/commands/command.hpp"
 #include "document/single_file_document.hpp"
 #include "document/tabdetection.hpp"
-#include "syntax/language_catalog.hpp"
+#include "syntax/language_chooser.hpp"
 
 namespace vx::cli {
 namespace {
-
-// Chooses the document's language from the bundled and the user's truffles, as the editor does.
-struct CatalogLanguageChooser final : LanguageChooser {
-    std::optional<DocumentLanguage> detectLanguageForFilePath(const std::string& path,
-                                                              const VXTextStorage& contents) override {
-        auto& catalog = VXLanguageCatalog::sharedCatalog();
-        // The catalogue looks at the start of the text only.
-        const std::u16string head = contents.substring({0, std::min<uint64_t>(contents.length(), 500)});
-        const VXLanguage* language = catalog.detectLanguageForFilePath(path == "-" ? std::string() : path, head);
-        if (!language) language = catalog.plainText();
-        if (!language) return std::nullopt;
-        const VXSyntaxRuleset* ruleset = catalog.rulesetForLanguage(*language);
-        return DocumentLanguage{language->name, ruleset ? ruleset->scope.toString() : std::string("txt"),
-                                language->identifier};
-    }
-};
 
 nlohmann::ordered_json describe(VXSingleFileDocument& document) {
     nlohmann::ordered_json info;
@@ -51,8 +35,7 @@ void registerInfo(CLI::App& app) {
     info->add_option("FILE", path, "A text file, or - for standard input")->required();
     info->callback([] {
         VXSingleFileDocument document;
-        CatalogLanguageChooser chooser;
-        document.setLanguageChooser(&chooser);
+        document.setLanguageChooser(&VXSyntaxLanguageChooser::shared());
         std::string error;
         bool ok;
         if (path == "-")
