@@ -12,7 +12,7 @@
 
 #include "app/editor/editor.hpp"
 #include "app/editor/highlighting.hpp"
-#include "syntax/language_catalog.hpp"
+#include "syntax/language_chooser.hpp"
 #include "document/single_file_document.hpp"
 #include "app/tui/utf8.hpp"
 #include "platform/atomic_file.hpp"
@@ -127,44 +127,11 @@ std::vector<std::string> filesUnder(const std::string& folder) {
     return files;
 }
 
-// Languages for documents, from the truffles' catalogue. Detection reads the start of the text:
-// a language's content pattern looks at the first line, and a 100 MB file needs no more.
-class CatalogLanguageChooser final : public LanguageChooser {
-public:
-    static constexpr uint64_t kDetectionSample = 64 * 1024;
-
-    std::optional<DocumentLanguage> detectLanguageForFilePath(const std::string& path, const VXTextStorage& contents) override {
-        auto& catalog = VXLanguageCatalog::sharedCatalog();
-        std::u16string sample = contents.substring({0, std::min(contents.length(), kDetectionSample)});
-        const VXLanguage* language = catalog.detectLanguageForFilePath(path, sample);
-        if (!language) language = catalog.plainText();
-        if (!language) return std::nullopt;
-        return describe(*language);
-    }
-    DocumentLanguage plainTextLanguage() override {
-        const VXLanguage* plain = VXLanguageCatalog::sharedCatalog().plainText();
-        return plain ? describe(*plain) : vx::plainTextLanguage();
-    }
-
-private:
-    static DocumentLanguage describe(const VXLanguage& language) {
-        DocumentLanguage described{language.name, "", language.identifier};
-        if (VXSyntaxRuleset* ruleset = VXLanguageCatalog::sharedCatalog().rulesetForLanguage(language))
-            described.rootScope = std::string(ruleset->scope.stringRepresentation());
-        return described;
-    }
-};
-
-CatalogLanguageChooser& languageChooser() {
-    static CatalogLanguageChooser chooser;
-    return chooser;
-}
-
 }  // namespace
 
 std::unique_ptr<VXSingleFileDocument> newDocument() {
     auto document = std::make_unique<VXSingleFileDocument>();
-    document->setLanguageChooser(&languageChooser());
+    document->setLanguageChooser(&VXSyntaxLanguageChooser::shared());
     return document;
 }
 
