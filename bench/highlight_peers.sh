@@ -1,9 +1,9 @@
 #!/bin/sh
 # Whole-file highlighting speed against peers, in one run on the same files: Vellumex
 # (`vx highlight`), bat, highlight and pygmentize (Debian packages, installed here when missing).
-# Prints MB/s per file and tool (best of three runs, output discarded; vx writes its events, the
-# peers ANSI colours), the ratio to the fastest peer, whether a peer's longest line came out
-# coloured past 16 KiB, and how Vellumex's time grows when one long line gets longer.
+# Prints MB/s per file and tool (best of three runs; every tool writes ANSI colours to a file),
+# the ratio to the fastest peer, whether the longest line came out coloured past 16 KiB, and how
+# Vellumex's time grows when one long line gets longer.
 #   bench/highlight_peers.sh            (builds vx first when needed)
 # VX names the vx binary (default: build/release/src/app/vx).
 set -eu
@@ -52,7 +52,7 @@ long_line_coloured() {
     awk 'length($0) > max { max = length($0); line = $0 } END { rest = substr(line, 16385); print (index(rest, "\033[") ? "yes" : "no") }' "$work/out"
 }
 
-run_vx() { "$vx" highlight "$1" --format events; }
+run_vx() { "$vx" highlight "$1" --format ansi; }
 run_bat() { "$bat" --color=always --paging=never --style=plain "$1"; }
 run_highlight() { highlight -O ansi --force -i "$1"; }
 run_pygmentize() { /usr/bin/pygmentize -f terminal256 "$1"; }
@@ -66,8 +66,7 @@ for file in $files; do
     for tool in vx bat highlight pygmentize; do
         t=$(best_of_three "run_$tool" "$file")
         rate=$(echo "$size / 1000000 / $t" | bc -l)
-        # vx prints events here, not colours: its long lines are checked by the events it reports.
-        if [ "$tool" = vx ]; then coloured=-; else coloured=$(long_line_coloured); fi
+        coloured=$(long_line_coloured)
         if [ "$tool" != vx ] && { [ -z "$fastest_peer" ] || [ "$(echo "$rate > $fastest_peer" | bc -l)" = 1 ]; }; then
             fastest_peer=$rate
         fi
