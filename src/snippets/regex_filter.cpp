@@ -4,7 +4,7 @@
 
 #include "platform/log.hpp"
 #include "platform/unique_handle.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 
@@ -80,7 +80,7 @@ SNRegexFilter::SNRegexFilter(std::u16string pattern_, std::u16string replace_, s
     if (rc != ONIG_NORMAL) {
         OnigUChar message[ONIG_MAX_ERROR_MESSAGE_LEN];
         onig_error_code_to_str(message, rc, &info);
-        VX_LOG_DEBUG("snippets", "regex filter does nothing: /%s/ (%s)", utf16ToUtf8(pattern).c_str(),
+        VX_LOG_DEBUG("snippets", "regex filter does nothing: /%s/ (%s)", utf8FromUtf16(pattern).c_str(),
                      reinterpret_cast<char*>(message));
         return;
     }

@@ -11,7 +11,7 @@
 
 #include "platform/log.hpp"
 #include "process/taskit.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 namespace {
@@ -49,7 +49,7 @@ std::string programPath(const std::string& program) {
 
 std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::u16string_view script,
                                                const SnippetEnvironment& environment) {
-    std::string prefixText = utf16ToUtf8(prefix), scriptText = utf16ToUtf8(script);
+    std::string prefixText = utf8FromUtf16(prefix), scriptText = utf8FromUtf16(script);
     if (!prefixText.empty() && prefixText.find_first_not_of(" \t") == std::string::npos) prefixText.clear();
     const std::vector<std::string> command = commandLine(prefixText, scriptText);
 
@@ -59,7 +59,7 @@ std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::
     task->populateWithCurrentEnvironment();
     for (const auto& [name, value] : environment.exportedVariables()) task->environment()[name] = value;
     // Commands run in the document's folder, so that relative paths mean what the user sees.
-    if (auto directory = environment.variable(u"VX_DIRECTORY")) task->setWorkingDirectory(utf16ToUtf8(*directory));
+    if (auto directory = environment.variable(u"VX_DIRECTORY")) task->setWorkingDirectory(utf8FromUtf16(*directory));
     // An interpreter reads the script from its standard input; /bin/sh gets it as an argument.
     if (!prefixText.empty()) task->setInputString(scriptText);
     if (!task->launch()) {
@@ -87,7 +87,7 @@ std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::
     }
     std::string output = task->outputBuffer();
     if (!output.empty() && output.back() == '\n') output.pop_back();
-    return utf8ToUtf16(output);
+    return utf16FromUtf8(output);
 }
 
 }  // namespace vx

@@ -4,7 +4,7 @@
 #include <ctime>
 #include <iterator>
 
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 namespace {
@@ -29,7 +29,7 @@ Value formatted(std::chrono::system_clock::time_point now, const char* format) {
     localtime_r(&seconds, &local);
     char buffer[64];
     size_t length = std::strftime(buffer, sizeof buffer, format, &local);
-    return utf8ToUtf16(std::string_view(buffer, length));
+    return utf16FromUtf8(std::string_view(buffer, length));
 }
 
 struct VariableEntry {
@@ -52,7 +52,7 @@ const VariableEntry kVariables[] = {
     {u"VX_LINE_NUMBER",
      [](const SnippetEnvironment& e) -> Value {
          if (!e.lineNumber) return std::nullopt;
-         return utf8ToUtf16(std::to_string(*e.lineNumber));
+         return utf16FromUtf8(std::to_string(*e.lineNumber));
      }},
     {u"VX_DATE", [](const SnippetEnvironment& e) { return formatted(e.now, "%Y-%m-%d"); }},
     {u"VX_TIME", [](const SnippetEnvironment& e) { return formatted(e.now, "%H:%M:%S"); }},
@@ -64,15 +64,15 @@ const VariableEntry kVariables[] = {
 std::optional<std::u16string> SnippetEnvironment::variable(std::u16string_view name) const {
     for (const VariableEntry& entry : kVariables)
         if (entry.name == name) return entry.value(*this);
-    std::string key = utf16ToUtf8(name);
-    if (const char* value = std::getenv(key.c_str())) return utf8ToUtf16(value);
+    std::string key = utf8FromUtf16(name);
+    if (const char* value = std::getenv(key.c_str())) return utf16FromUtf8(value);
     return std::nullopt;
 }
 
 std::map<std::string, std::string> SnippetEnvironment::exportedVariables() const {
     std::map<std::string, std::string> result;
     for (const VariableEntry& entry : kVariables)
-        if (Value value = entry.value(*this)) result[utf16ToUtf8(entry.name)] = utf16ToUtf8(*value);
+        if (Value value = entry.value(*this)) result[utf8FromUtf16(entry.name)] = utf8FromUtf16(*value);
     return result;
 }
 

@@ -10,7 +10,7 @@
 
 #include "snippets/dollar_converter.hpp"
 #include "snippets/snippet_parser.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace {
 
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     checkCompiled(VXNewSnippetParserCompile(units));
 
     // As UTF-8 text, the way snippets are written.
-    std::u16string text = vx::utf8ToUtf16(std::string_view(reinterpret_cast<const char*>(data), size));
+    std::u16string text = vx::utf16FromUtf8(std::string_view(reinterpret_cast<const char*>(data), size));
     checkCompiled(VXNewSnippetParserCompile(text));
     vx::SnippetConversion converted = vx::convertDollarSnippet(text);
     if (converted.ok) {

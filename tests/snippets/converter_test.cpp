@@ -34,12 +34,12 @@ TEST(DollarSnippetConverter, WritesEachConstructInThisSyntax) {
         {"\\\" \\/ \\\\", "\\\" \\/ \\", "\\\" \\/ \\"},
     };
     for (const Case& c : cases) {
-        SnippetConversion result = convertDollarSnippet(utf8ToUtf16(c.dollar));
+        SnippetConversion result = convertDollarSnippet(utf16FromUtf8(c.dollar));
         ASSERT_TRUE(result.ok) << c.dollar << ": " << result.problem;
-        EXPECT_EQ(utf16ToUtf8(result.text), c.converted) << c.dollar;
+        EXPECT_EQ(utf8FromUtf16(result.text), c.converted) << c.dollar;
         CompiledSnippet compiled = VXNewSnippetParserCompile(result.text);
         EXPECT_FALSE(compiled.failed) << c.dollar;
-        EXPECT_EQ(utf16ToUtf8(compiled.string), c.expanded) << c.dollar;
+        EXPECT_EQ(utf8FromUtf16(compiled.string), c.expanded) << c.dollar;
     }
 }
 
@@ -56,8 +56,8 @@ TEST(DollarSnippetConverter, FailsOnWhatThisSyntaxCannotSay) {
         {"${}", 2},
     };
     for (auto [text, offset] : cases) {
-        SnippetConversion result = convertDollarSnippet(utf8ToUtf16(text));
-        EXPECT_FALSE(result.ok) << text << " gave " << utf16ToUtf8(result.text);
+        SnippetConversion result = convertDollarSnippet(utf16FromUtf8(text));
+        EXPECT_FALSE(result.ok) << text << " gave " << utf8FromUtf16(result.text);
         EXPECT_FALSE(result.problem.empty()) << text;
         EXPECT_EQ(result.offset, offset) << text;
     }

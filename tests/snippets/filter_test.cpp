@@ -9,7 +9,7 @@ namespace {
 
 std::string applyRegex(std::u16string pattern, std::u16string replace, std::u16string options, std::u16string_view value) {
     SNRegexFilter filter(std::move(pattern), std::move(replace), std::move(options));
-    return utf16ToUtf8(filter.apply(value, SnippetEnvironment{}));
+    return utf8FromUtf16(filter.apply(value, SnippetEnvironment{}));
 }
 
 TEST(SnippetRegexFilter, ReplacesFirstOrEveryMatchWithOptions) {
@@ -33,7 +33,7 @@ TEST(SnippetRegexFilter, ReplacesFirstOrEveryMatchWithOptions) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(applyRegex(std::u16string(c.pattern), std::u16string(c.replace), std::u16string(c.options), c.value), c.want)
-            << utf16ToUtf8(c.pattern) << " / " << utf16ToUtf8(c.value);
+            << utf8FromUtf16(c.pattern) << " / " << utf8FromUtf16(c.value);
     EXPECT_FALSE(SNRegexFilter(u"(", u"", u"").isValid());
 }
 
@@ -63,7 +63,7 @@ TEST(SnippetRegexFilter, ReplacementReferencesConditionalsAndEscapes) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(applyRegex(std::u16string(c.pattern), std::u16string(c.replace), u"", c.value), c.want)
-            << utf16ToUtf8(c.replace) << " on " << utf16ToUtf8(c.value);
+            << utf8FromUtf16(c.replace) << " on " << utf8FromUtf16(c.value);
 
     // A group's text that a dollar reference inserts stays literal, whatever it holds.
     RegexMatch match{u"xxxxxxxxx(a:b\\1)", {}};
@@ -104,9 +104,9 @@ TEST(SnippetEnvironmentVariables, ResolveFromTheSessionThenTheProcess) {
         {u"VX_FILENAME", u"file.cpp"}, {u"VX_FILEPATH", u"/tmp/dir/file.cpp"}, {u"VX_DIRECTORY", u"/tmp/dir"},
         {u"VX_LINE_NUMBER", u"42"},    {u"VX_YEAR", u"2023"},
     };
-    for (auto [name, want] : cases) EXPECT_EQ(environment.variable(name), std::u16string(want)) << utf16ToUtf8(name);
+    for (auto [name, want] : cases) EXPECT_EQ(environment.variable(name), std::u16string(want)) << utf8FromUtf16(name);
     std::u16string date = environment.variable(u"VX_DATE").value_or(u"");
-    EXPECT_TRUE(date == u"2023-11-14" || date == u"2023-11-15") << utf16ToUtf8(date);
+    EXPECT_TRUE(date == u"2023-11-14" || date == u"2023-11-15") << utf8FromUtf16(date);
     EXPECT_EQ(environment.variable(u"VX_TIME").value_or(u"").size(), 8u);
     EXPECT_EQ(SnippetEnvironment{}.variable(u"VX_FILENAME"), std::nullopt);
     EXPECT_EQ(SnippetEnvironment{}.variable(u"NO_SUCH_VARIABLE_ANYWHERE"), std::nullopt);

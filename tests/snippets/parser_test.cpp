@@ -35,7 +35,7 @@ TEST(SnippetParser, NumberedConstructsAreTabStopsOrMirrors) {
     for (const Case& c : cases) {
         CompiledSnippet snippet = compile(c.text);
         EXPECT_FALSE(snippet.failed) << c.text;
-        EXPECT_EQ(utf16ToUtf8(snippet.string), c.string) << c.text;
+        EXPECT_EQ(utf8FromUtf16(snippet.string), c.string) << c.text;
         EXPECT_EQ(layout(snippet), c.layout) << c.text;
     }
 }
@@ -55,7 +55,7 @@ TEST(SnippetParser, TextOutsideConstructsAndEscapesByContext) {
     for (auto [text, want] : cases) {
         CompiledSnippet snippet = compile(text);
         EXPECT_FALSE(snippet.failed) << text;
-        EXPECT_EQ(utf16ToUtf8(snippet.string), want) << text;
+        EXPECT_EQ(utf8FromUtf16(snippet.string), want) << text;
     }
 }
 
@@ -82,9 +82,9 @@ TEST(SnippetParser, RegexFiltersTakeTheirPartsLiterally) {
         ASSERT_FALSE(snippet.failed) << c.text;
         ASSERT_EQ(snippet.constructs.size(), 1u) << c.text;
         const auto& regex = filterAt<SNRegexFilter>(snippet, 0, 0);
-        EXPECT_EQ(utf16ToUtf8(regex.pattern), c.pattern) << c.text;
-        EXPECT_EQ(utf16ToUtf8(regex.replace), c.replace) << c.text;
-        EXPECT_EQ(utf16ToUtf8(regex.options), c.options) << c.text;
+        EXPECT_EQ(utf8FromUtf16(regex.pattern), c.pattern) << c.text;
+        EXPECT_EQ(utf8FromUtf16(regex.replace), c.replace) << c.text;
+        EXPECT_EQ(utf8FromUtf16(regex.options), c.options) << c.text;
     }
 
     // A regex and then an or-else filter, in order.
@@ -112,7 +112,7 @@ TEST(SnippetParser, NestedConstructsHaveAbsoluteOffsetsAndParents) {
     for (const Case& c : cases) {
         CompiledSnippet snippet = compile(c.text);
         EXPECT_FALSE(snippet.failed) << c.text;
-        EXPECT_EQ(utf16ToUtf8(snippet.string), c.string) << c.text;
+        EXPECT_EQ(utf8FromUtf16(snippet.string), c.string) << c.text;
         EXPECT_EQ(layout(snippet), c.layout) << c.text;
     }
 
@@ -159,7 +159,7 @@ TEST(SnippetParser, SyntaxErrorsSetTheFailedFlag) {
     for (const char* text : failures) {
         CompiledSnippet snippet = compile(text);
         EXPECT_TRUE(snippet.failed) << text;
-        EXPECT_EQ(utf16ToUtf8(snippet.string), text) << text;  // the text stays as written
+        EXPECT_EQ(utf8FromUtf16(snippet.string), text) << text;  // the text stays as written
         EXPECT_TRUE(snippet.constructs.empty()) << text;
     }
     EXPECT_FALSE(compile("").failed);

@@ -6,11 +6,11 @@
 
 #include "snippets/constructs.hpp"
 #include "snippets/snippet_parser.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx::test {
 
-inline CompiledSnippet compile(std::string_view utf8) { return VXNewSnippetParserCompile(utf8ToUtf16(utf8)); }
+inline CompiledSnippet compile(std::string_view utf8) { return VXNewSnippetParserCompile(utf16FromUtf8(utf8)); }
 
 // One line per construct: kind letter and number ("T1" tab stop, "M1" mirror, "C" constant),
 // then offset+length, then "^index" of the parent when there is one.

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "snippets/snippet_token.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 namespace {
@@ -15,7 +15,7 @@ std::string tokens(std::u16string_view text) {
         if (token.kind == SnippetTokenKind::End) break;
         if (!out.empty()) out += ' ';
         out += names[static_cast<int>(token.kind)];
-        out += ":" + utf16ToUtf8(token.textIn(text));
+        out += ":" + utf8FromUtf16(token.textIn(text));
         position = token.end();
     }
     return out;
@@ -33,7 +33,7 @@ TEST(SnippetTokenizer, TakesTheLongestMatch) {
         {u"\\\" \\\\ \\/ \\n \\", "EQ:\\\" C:  EB:\\\\ C:  ES:\\/ C:  C:\\ I:n C:  C:\\"},
         {u"\\\\\\\"", "EB:\\\\ EQ:\\\""},
     };
-    for (auto [text, want] : cases) EXPECT_EQ(tokens(text), want) << utf16ToUtf8(text);
+    for (auto [text, want] : cases) EXPECT_EQ(tokens(text), want) << utf8FromUtf16(text);
 
     // Outside ASCII every code unit is a CHAR of its own, both halves of a surrogate pair too.
     std::u16string_view wide = u"é😀";
@@ -55,7 +55,7 @@ TEST(SnippetTokenizer, ShellTokensAndTheirFallBack) {
         {u"`a\\`", "S:`a\\`"},                 // a backslash does not escape the backquote
         {u"`%{1}`", "S:`%{1}`"},               // "%{" inside a complete shell token is part of it
     };
-    for (auto [text, want] : cases) EXPECT_EQ(tokens(text), want) << utf16ToUtf8(text);
+    for (auto [text, want] : cases) EXPECT_EQ(tokens(text), want) << utf8FromUtf16(text);
 }
 
 TEST(SnippetTokenizer, EscapesDependOnTheContext) {

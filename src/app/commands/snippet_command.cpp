@@ -8,7 +8,7 @@
 #include "snippets/dollar_converter.hpp"
 #include "snippets/regex_filter.hpp"
 #include "snippets/snippet_parser.hpp"
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx::cli {
 namespace {
@@ -18,22 +18,22 @@ using Json = nlohmann::ordered_json;
 Json constantJson(const SNConstant& constant) {
     switch (constant.kind()) {
     case SNConstant::Kind::String:
-        return Json{{"type", "string"}, {"value", utf16ToUtf8(static_cast<const SNStringConstant&>(constant).resolvedValue)}};
+        return Json{{"type", "string"}, {"value", utf8FromUtf16(static_cast<const SNStringConstant&>(constant).resolvedValue)}};
     case SNConstant::Kind::Shell: {
         const auto& shell = static_cast<const SNShellConstant&>(constant);
-        return Json{{"type", "shell"}, {"prefix", utf16ToUtf8(shell.prefix)}, {"script", utf16ToUtf8(shell.script)}};
+        return Json{{"type", "shell"}, {"prefix", utf8FromUtf16(shell.prefix)}, {"script", utf8FromUtf16(shell.script)}};
     }
     case SNConstant::Kind::Variable: break;
     }
-    return Json{{"type", "variable"}, {"name", utf16ToUtf8(static_cast<const SNVariableConstant&>(constant).variable)}};
+    return Json{{"type", "variable"}, {"name", utf8FromUtf16(static_cast<const SNVariableConstant&>(constant).variable)}};
 }
 
 Json filterJson(const SNFilter& filter) {
     if (const auto* regex = dynamic_cast<const SNRegexFilter*>(&filter)) {
         return Json{{"type", "regex"},
-                    {"pattern", utf16ToUtf8(regex->pattern)},
-                    {"replace", utf16ToUtf8(regex->replace)},
-                    {"options", utf16ToUtf8(regex->options)}};
+                    {"pattern", utf8FromUtf16(regex->pattern)},
+                    {"replace", utf8FromUtf16(regex->replace)},
+                    {"options", utf8FromUtf16(regex->options)}};
     }
     return Json{{"type", "orelse"}, {"constant", constantJson(*static_cast<const SNConstantFilter&>(filter).constant)}};
 }
@@ -64,7 +64,7 @@ Json snippetJson(const CompiledSnippet& snippet) {
         if (const auto* constant = dynamic_cast<const SNConstantConstruct*>(construct.get())) entry["constant"] = constantJson(*constant->constant);
         constructs.push_back(std::move(entry));
     }
-    return Json{{"string", utf16ToUtf8(snippet.string)}, {"failed", snippet.failed}, {"constructs", std::move(constructs)}};
+    return Json{{"string", utf8FromUtf16(snippet.string)}, {"failed", snippet.failed}, {"constructs", std::move(constructs)}};
 }
 
 void registerSnippet(CLI::App& app) {
@@ -74,14 +74,14 @@ void registerSnippet(CLI::App& app) {
     static std::string parseText, convertText;
     auto* parse = snippet->add_subcommand("parse", "Print the compiled snippet as JSON: its text and its constructs");
     parse->add_option("TEXT", parseText, "The snippet text")->required();
-    parse->callback([] { writeOutput(snippetJson(VXNewSnippetParserCompile(utf8ToUtf16(parseText))).dump() + "\n"); });
+    parse->callback([] { writeOutput(snippetJson(VXNewSnippetParserCompile(utf16FromUtf8(parseText))).dump() + "\n"); });
 
     auto* convert = snippet->add_subcommand("convert", "Rewrite a snippet from the dollar-sign syntax ($1, ${1:default}, ...) in this one");
     convert->add_option("TEXT", convertText, "The snippet in the dollar-sign syntax")->required();
     convert->callback([] {
-        SnippetConversion result = convertDollarSnippet(utf8ToUtf16(convertText));
+        SnippetConversion result = convertDollarSnippet(utf16FromUtf8(convertText));
         if (!result.ok) throw CommandFailure("cannot convert the snippet at offset " + std::to_string(result.offset) + ": " + result.problem);
-        writeOutput(utf16ToUtf8(result.text) + "\n");
+        writeOutput(utf8FromUtf16(result.text) + "\n");
     });
 }
 

@@ -1,4 +1,4 @@
-#include "snippets/utf16.hpp"
+#include "platform/unicode.hpp"
 
 #include <cstdint>
 
@@ -41,7 +41,7 @@ char32_t decodeUtf8(std::string_view text, size_t& i) {
 
 }  // namespace
 
-std::u16string utf8ToUtf16(std::string_view text) {
+std::u16string utf16FromUtf8(std::string_view text) {
     std::u16string result;
     result.reserve(text.size());
     for (size_t i = 0; i < text.size();) {
@@ -57,7 +57,7 @@ std::u16string utf8ToUtf16(std::string_view text) {
     return result;
 }
 
-std::string utf16ToUtf8(std::u16string_view text) {
+std::string utf8FromUtf16(std::u16string_view text) {
     std::string result;
     result.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {

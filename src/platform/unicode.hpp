@@ -1,0 +1,15 @@
+// UTF-8 and UTF-16 conversions: the engine counts text in UTF-16 units; files, command lines and
+// child processes speak UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vx {
+
+// Malformed input becomes U+FFFD rather than failing (a lone surrogate likewise): text from a
+// command line or a child process is shown as well as it can be.
+std::u16string utf16FromUtf8(std::string_view text);
+std::string utf8FromUtf16(std::u16string_view text);
+
+}  // namespace vx
