@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/unicode.hpp"
+
 namespace vx {
 
 class HUTF8MappedUTF16String {
@@ -32,8 +34,5 @@ private:
     std::string m_utf8;
     std::vector<uint32_t> m_byteOffsets;  // one per UTF-16 unit, plus the end
 };
-
-std::u16string utf16FromUtf8(std::string_view bytes);
-std::string utf8FromUtf16(std::u16string_view text);
 
 }  // namespace vx
