@@ -42,6 +42,7 @@ char32_t decodeUtf8(std::string_view text, size_t& i) {
 }  // namespace
 
 void appendUtf8(std::string& out, char32_t c) {
+    if (c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) c = kReplacement;
     if (c < 0x80) {
         out.push_back(static_cast<char>(c));
     } else if (c < 0x800) {

@@ -45,7 +45,7 @@ struct Marked {
 };
 
 Marked parseMarkup(const std::string& markup) {
-    std::u16string all = tui::utf8ToUtf16(markup);
+    std::u16string all = utf16FromUtf8(markup);
     size_t open = all.find(u"#[");
     size_t close = all.find(u"]#");
     if (open == std::u16string::npos || close == std::u16string::npos || close < open) return {all, {}};
@@ -65,7 +65,7 @@ std::string formatMarkup(const std::u16string& text, Selection selection) {
     bool caretFirst = selection.caret < selection.anchor;
     std::u16string out = text.substr(0, range.location) + u"#[" + (caretFirst ? u"|" : u"") +
                          text.substr(range.location, range.length) + (caretFirst ? u"" : u"|") + u"]#" + text.substr(range.end());
-    return tui::utf16ToUtf8(out);
+    return utf8FromUtf16(out);
 }
 
 std::string trimRight(std::string text) {

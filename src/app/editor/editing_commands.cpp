@@ -74,7 +74,7 @@ void startFind(Editor& editor) {
         Tab* t = e.activeTab();
         if (!t) return;
         t->setSelection(Selection::caretAt(origin.range().location));
-        e.setFindQuery(tui::utf8ToUtf16(text));
+        e.setFindQuery(utf16FromUtf8(text));
         if (!text.empty()) e.findNext(true);
     };
     auto done = [origin](Editor& e, std::optional<std::string> text) {
@@ -82,7 +82,7 @@ void startFind(Editor& editor) {
             if (Tab* t = e.activeTab()) t->setSelection(origin);
             return;
         }
-        e.setFindQuery(tui::utf8ToUtf16(*text));
+        e.setFindQuery(utf16FromUtf8(*text));
     };
     auto other = [](Editor& e, const tui::KeyEvent& key) {
         auto command = e.keyBindings().commandForKey(key);
@@ -92,7 +92,7 @@ void startFind(Editor& editor) {
         }
         return false;
     };
-    editor.showModal(std::make_unique<LinePrompt>("Find: ", tui::utf16ToUtf8(initial), done, incremental, other));
+    editor.showModal(std::make_unique<LinePrompt>("Find: ", utf8FromUtf16(initial), done, incremental, other));
 }
 
 void goToLine(Editor& editor) {

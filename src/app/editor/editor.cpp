@@ -200,7 +200,7 @@ void Editor::handlePaste(const std::string& text) {
         return;
     }
     if (Tab* tab = activeTab()) {
-        tab->insertText(tui::utf8ToUtf16(text));
+        tab->insertText(utf16FromUtf8(text));
         revealCaret();
     }
 }
@@ -239,7 +239,7 @@ void Editor::handleMouse(const tui::MouseEvent& mouse) {
 
 void Editor::setClipboard(std::u16string text) {
     m_clipboard = std::move(text);
-    m_terminalRequests += "\x1b]52;c;" + base64(tui::utf16ToUtf8(m_clipboard)) + "\x07";
+    m_terminalRequests += "\x1b]52;c;" + base64(utf8FromUtf16(m_clipboard)) + "\x07";
 }
 
 void Editor::findNext(bool forward) {
@@ -256,7 +256,7 @@ void Editor::findNext(bool forward) {
     Range selection = tab->selection().range();
     size_t size = text.size();
     if (query.size() > size) {
-        showError("Not found: " + tui::utf16ToUtf8(m_findQuery));
+        showError("Not found: " + utf8FromUtf16(m_findQuery));
         return;
     }
     size_t last = size - query.size();
@@ -274,7 +274,7 @@ void Editor::findNext(bool forward) {
             if (matchesAt(text, at, query, folding)) found = at, wrapped = true;
     }
     if (!found) {
-        showError("Not found: " + tui::utf16ToUtf8(m_findQuery));
+        showError("Not found: " + utf8FromUtf16(m_findQuery));
         return;
     }
     tab->setSelection({*found, *found + query.size()});

@@ -214,7 +214,7 @@ int writeRecoveryFiles(Editor& editor) {
         std::string base = folder + "/" + std::to_string(stamp) + "-" + std::to_string(::getpid()) + "-" + std::to_string(i);
         std::string info = "(recovered (path " + selfmlString(tab.path()) + ") (name " + selfmlString(tab.displayName()) + "))\n";
         // The text first: an entry is only offered once its description exists.
-        if (writeFileAtomically(base + ".text", tui::utf16ToUtf8(tab.text().text())).ok &&
+        if (writeFileAtomically(base + ".text", utf8FromUtf16(tab.text().text())).ok &&
             writeFileAtomically(base + ".selfml", info).ok)
             ++written;
     }
@@ -258,7 +258,7 @@ void offerRecoveredFiles(Editor& editor) {
                     if (!entry.path.empty() && openFile(e, entry.path)) tab = e.activeTab();
                     if (!tab) tab = &e.openTab(std::make_unique<Tab>(newDocument()));
                     // The recovered text replaces what the file holds, as an unsaved change.
-                    tab->replaceRange({0, tab->text().length()}, tui::utf8ToUtf16(*text), Selection::caretAt(0));
+                    tab->replaceRange({0, tab->text().length()}, utf16FromUtf8(*text), Selection::caretAt(0));
                 }
             }
             remove();

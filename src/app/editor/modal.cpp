@@ -80,7 +80,7 @@ LinePrompt::LinePrompt(std::string label, std::string initial, Done done, Change
 
 std::string LinePrompt::text() const {
     std::string out;
-    for (char32_t c : m_text) tui::appendUtf8(out, c);
+    for (char32_t c : m_text) appendUtf8(out, c);
     return out;
 }
 
@@ -238,7 +238,7 @@ bool ListMenu::handleKey(Editor& editor, const KeyEvent& key) {
         m_filter.erase(cut);
         refilter();
     } else if (isPlainCharacter(key)) {
-        tui::appendUtf8(m_filter, key.codepoint);
+        appendUtf8(m_filter, key.codepoint);
         refilter();
     }
     return true;

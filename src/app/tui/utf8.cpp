@@ -2,25 +2,6 @@
 
 namespace vx::tui {
 
-void appendUtf8(std::string& out, char32_t c) {
-    if (c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) c = kReplacementCharacter;
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
 std::string utf8(char32_t codepoint) {
     std::string out;
     appendUtf8(out, codepoint);
@@ -74,20 +55,6 @@ void appendUtf16(std::u16string& out, char32_t c) {
         out += static_cast<char16_t>(0xD800 + (c >> 10));
         out += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
     }
-}
-
-std::string utf16ToUtf8(std::u16string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size();) appendUtf8(out, decodeUtf16(text, i));
-    return out;
-}
-
-std::u16string utf8ToUtf16(std::string_view text) {
-    std::u16string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size();) appendUtf16(out, decodeUtf8(text, i));
-    return out;
 }
 
 }  // namespace vx::tui

@@ -1,16 +1,17 @@
-// UTF-8 and UTF-16 conversions for the terminal layer: the terminal speaks UTF-8, the text
-// storage counts UTF-16 units. Malformed input decodes as U+FFFD, one per bad byte.
+// Code points for the terminal layer: the terminal speaks UTF-8, the text storage counts UTF-16
+// units (whole-string conversions are the platform's). Malformed input decodes as U+FFFD, one per bad byte.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "platform/unicode.hpp"
+
 namespace vx::tui {
 
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
-void appendUtf8(std::string& out, char32_t codepoint);
 std::string utf8(char32_t codepoint);
 
 // Length of the UTF-8 sequence that starts with this byte: 1..4, or 0 for a byte that cannot
@@ -34,8 +35,6 @@ inline char32_t decodeUtf16(std::u16string_view text, size_t& position) {
     return unit;
 }
 
-std::string utf16ToUtf8(std::u16string_view text);
-std::u16string utf8ToUtf16(std::string_view text);
 void appendUtf16(std::u16string& out, char32_t codepoint);
 
 }  // namespace vx::tui
