@@ -1,4 +1,5 @@
 #include "syntax/document_highlighter.hpp"
+#include "syntax/zone_walk.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -40,80 +41,21 @@ std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXS
     return out;
 }
 
-namespace {
-
-// The scope stack through one line, from its events.
-class ScopeStack {
-public:
-    struct Entry {
-        VXScope scope;
-        const VXSyntaxZoneDefinition* definition;
-        VXSXZoneSemanticType semantic;
-    };
-    void push(const VXSyntaxZone& zone) { m_entries.push_back({zone.scope, zone.definition, zone.semanticType}); }
-    void pop(const VXSyntaxZone& zone) {
-        // The entry this event closes: the innermost with the same origin. Captures that cross
-        // (possible with look-around groups) close the right one even when it is not on top.
-        for (size_t i = m_entries.size(); i-- > 0;) {
-            const Entry& e = m_entries[i];
-            if (e.scope == zone.scope && e.definition == zone.definition && e.semantic == zone.semanticType) {
-                m_entries.erase(m_entries.begin() + static_cast<ptrdiff_t>(i));
-                return;
-            }
-        }
-    }
-    std::vector<VXScope> scopes() const {
-        std::vector<VXScope> out;
-        out.reserve(m_entries.size());
-        for (const Entry& e : m_entries) out.push_back(e.scope);
-        return out;
-    }
-
-private:
-    std::vector<Entry> m_entries;
-};
-
-}  // namespace
 
 namespace {
 
 // Walks a line's events; `until` limits the columns covered (the content end, or one past a column).
 std::vector<VXScopeRun> scopeRuns(const VXHighlightedLine& line, uint64_t until) {
-    ScopeStack stack;
-    for (const VXSyntaxZone& zone : line.startContext) {
-        stack.push(zone);
-        if (zone.definition && !zone.definition->innerScope.isNil()) {
-            VXSyntaxZone inner = zone;
-            inner.scope = zone.definition->innerScope;
-            inner.semanticType = VXSXZoneSemanticTypeInner;
-            stack.push(inner);
-        }
-    }
+    VXLineZoneStack stack(line.startContext);
     std::vector<VXScopeRun> runs;
-    uint64_t column = 0;
-    auto advanceTo = [&](uint64_t to) {
-        to = std::min(to, until);
-        if (to <= column) return;
-        std::vector<VXScope> scopes = stack.scopes();
-        if (!runs.empty() && runs.back().end == column && runs.back().scopes == scopes) runs.back().end = to;
-        else runs.push_back({column, to, std::move(scopes)});
-        column = to;
-    };
-    const uint64_t base = line.line.start;
-    auto relative = [&](uint64_t location) { return location < base ? 0 : location - base; };
-    for (const VXSyntaxZone& zone : line.events) {
-        advanceTo(relative(zone.range.location));
-        switch (zone.effectiveType) {
-        case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
-        case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
-        case VXSXZoneEffectiveTypeWhole:
-            stack.push(zone);
-            advanceTo(relative(zone.range.end()));
-            stack.pop(zone);
-            break;
-        }
-    }
-    advanceTo(until);
+    const uint64_t column = VXWalkLineZones(stack, line.events, line.line.start, until,
+                                            [&](uint64_t from, uint64_t to, const VXLineZoneStack& open) {
+                                                std::vector<VXScope> scopes = open.scopes();
+                                                if (!runs.empty() && runs.back().end == from && runs.back().scopes == scopes)
+                                                    runs.back().end = to;
+                                                else
+                                                    runs.push_back({from, to, std::move(scopes)});
+                                            });
     if (runs.empty() || runs.back().end < until) runs.push_back({column, until, stack.scopes()});
     return runs;
 }

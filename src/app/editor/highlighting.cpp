@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "syntax/document_highlighter.hpp"
+#include "syntax/zone_walk.hpp"
 #include "syntax/zone_definition.hpp"
 
 namespace vx::editor {
@@ -46,30 +47,6 @@ bool hasComponentPrefix(std::string_view scope, std::string_view prefix) {
     return scope.starts_with(prefix) && (scope.size() == prefix.size() || scope[prefix.size()] == '.');
 }
 
-// The scope stack through one line, from its events (the innermost last).
-class ScopeStack {
-public:
-    void push(const VXSyntaxZone& zone) { m_entries.push_back(zone); }
-    void pop(const VXSyntaxZone& zone) {
-        // The entry an end closes: the innermost of the same origin, even when crossing captures
-        // leave it below the top.
-        for (size_t i = m_entries.size(); i-- > 0;) {
-            const VXSyntaxZone& e = m_entries[i];
-            if (e.scope == zone.scope && e.definition == zone.definition && e.semanticType == zone.semanticType) {
-                m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(i));
-                return;
-            }
-        }
-    }
-    VXContext context() const {
-        VXContext out;
-        for (const auto& e : m_entries) out.push(e);
-        return out;
-    }
-
-private:
-    std::vector<VXSyntaxZone> m_entries;
-};
 
 }  // namespace
 
@@ -141,42 +118,16 @@ std::optional<std::vector<StyledRun>> TabHighlighter::runsForLine(const TextBuff
     std::vector<VXSyntaxZone> events;
     m_next.emplace(line + 1, parseLine(text, line, start, events));
 
-    ScopeStack stack;
-    for (const VXSyntaxZone& zone : start) {
-        stack.push(zone);
-        if (zone.definition && !zone.definition->innerScope.isNil()) {
-            VXSyntaxZone inner = zone;
-            inner.scope = zone.definition->innerScope;
-            inner.semanticType = VXSXZoneSemanticTypeInner;
-            stack.push(inner);
-        }
-    }
-    uint64_t lineStart = text.lineStart(line);
-    uint64_t length = text.lineContentRange(line).length;
+    VXLineZoneStack stack(start);
     std::vector<StyledRun> runs;
-    uint64_t column = 0;
-    auto advanceTo = [&](uint64_t to) {
-        to = std::min(to, length);
-        if (to <= column) return;
-        tui::Style style = styler.styleFor(stack.context(), base);
-        if (!runs.empty() && runs.back().end == column && runs.back().style == style) runs.back().end = to;
-        else runs.push_back({column, to, style});
-        column = to;
-    };
-    auto relative = [&](uint64_t location) { return location < lineStart ? 0 : location - lineStart; };
-    for (const VXSyntaxZone& zone : events) {
-        advanceTo(relative(zone.range.location));
-        switch (zone.effectiveType) {
-            case VXSXZoneEffectiveTypeStart: stack.push(zone); break;
-            case VXSXZoneEffectiveTypeEnd: stack.pop(zone); break;
-            case VXSXZoneEffectiveTypeWhole:
-                stack.push(zone);
-                advanceTo(relative(zone.range.end()));
-                stack.pop(zone);
-                break;
-        }
-    }
-    advanceTo(length);
+    VXWalkLineZones(stack, events, text.lineStart(line), text.lineContentRange(line).length,
+                    [&](uint64_t from, uint64_t to, const VXLineZoneStack& open) {
+                        tui::Style style = styler.styleFor(open.context(), base);
+                        if (!runs.empty() && runs.back().end == from && runs.back().style == style)
+                            runs.back().end = to;
+                        else
+                            runs.push_back({from, to, style});
+                    });
     return runs;
 }
 
