@@ -358,21 +358,24 @@ char16_t ChunkedText::at(uint64_t position) const {
     return m_chunks[chunk].units[position - start];
 }
 
-void ChunkedText::forEachSegment(Range range, const std::function<void(std::u16string_view)>& visit) const {
+template <class Visit>
+void ChunkedText::forEachChunkPiece(Range range, Visit&& visit) const {
     VX_ASSERT(range.end() <= m_length);
     if (range.length == 0) return;
     uint64_t start = 0;
     size_t chunk = locate(range.location, false, &start);
     size_t local = range.location - start;
-    uint64_t left = range.length;
-    while (left > 0) {
-        const auto& units = m_chunks[chunk].units;
-        const size_t take = std::min<uint64_t>(left, units.size() - local);
-        visit(std::u16string_view(units.data() + local, take));
+    for (uint64_t left = range.length; left > 0; ++chunk, local = 0) {
+        const size_t take = std::min<uint64_t>(left, m_chunks[chunk].units.size() - local);
+        visit(chunk, local, take);
         left -= take;
-        local = 0;
-        ++chunk;
     }
+}
+
+void ChunkedText::forEachSegment(Range range, const std::function<void(std::u16string_view)>& visit) const {
+    forEachChunkPiece(range, [&](size_t chunk, size_t local, size_t take) {
+        visit(std::u16string_view(m_chunks[chunk].units.data() + local, take));
+    });
 }
 
 std::u16string ChunkedText::substring(Range range) const {
@@ -422,20 +425,9 @@ uint32_t ChunkedText::attributesAt(uint64_t position, Range* run) const {
 }
 
 void ChunkedText::changeAttributes(Range range, const std::function<uint32_t(uint32_t)>& change) {
-    VX_ASSERT(range.end() <= m_length);
-    if (range.length == 0) return;
-    uint64_t start = 0;
-    size_t chunk = locate(range.location, false, &start);
-    size_t local = range.location - start;
-    uint64_t left = range.length;
-    while (left > 0) {
-        Chunk& c = m_chunks[chunk];
-        const size_t take = std::min<uint64_t>(left, c.size() - local);
-        c.changeAttributes(local, take, change);
-        left -= take;
-        local = 0;
-        ++chunk;
-    }
+    forEachChunkPiece(range, [&](size_t chunk, size_t local, size_t take) {
+        m_chunks[chunk].changeAttributes(local, take, change);
+    });
 }
 
 }  // namespace vx

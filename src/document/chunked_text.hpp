@@ -87,6 +87,9 @@ private:
     // The chunk holding `position` and where that chunk starts. With `preferPrevious`, a position on a
     // boundary belongs to the chunk before it (where an insertion there should go).
     size_t locate(uint64_t position, bool preferPrevious, uint64_t* chunkStart) const;
+    // Calls visit(chunk, offsetInChunk, count) for each chunk's share of range, in order.
+    template <class Visit>
+    void forEachChunkPiece(Range range, Visit&& visit) const;
     void rebuildIndex();
     void updateIndex(size_t chunk, int64_t unitsDelta, int64_t breaksDelta);
     uint64_t prefixUnits(size_t chunks) const;

@@ -55,13 +55,12 @@ TEST(CrossCheck, RandomDocumentsInEveryFeature) {
 
 // Each bundled language's samples (tests/data/syntax/<language>/...), whole and in pieces.
 TEST(CrossCheck, BundledLanguageSamples) {
-    const fs::path samples = fs::path(VX_SOURCE_DIR) / "tests" / "data" / "syntax";
+    const fs::path samples = test::BundledLanguages::samplesDirectory();
     std::error_code error;
     if (!fs::is_directory(samples, error)) GTEST_SKIP() << "no samples in " << samples;
-    VXLanguageCatalog catalog;
-    catalog.loadTruffleDirectories({std::string(VX_SOURCE_DIR) + "/truffles"});
-    VXSyntaxZoneManager manager;
-    catalog.attachTo(manager);
+    test::BundledLanguages bundled;
+    auto& catalog = bundled.catalog;
+    auto& manager = bundled.manager;
     const unsigned seed = std::random_device{}();
     std::mt19937 random(seed);
     int checked = 0;

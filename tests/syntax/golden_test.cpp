@@ -13,6 +13,7 @@
 #include "syntax/document_highlighter.hpp"
 #include "syntax/language_catalog.hpp"
 #include "syntax/mapped_string.hpp"
+#include "syntax_test_support.hpp"
 
 namespace {
 
@@ -25,13 +26,12 @@ void writeFile(const fs::path& path, const std::string& text) {
 }
 
 TEST(Golden, SamplesHighlightAsStored) {
-    const fs::path samples = fs::path(VX_SOURCE_DIR) / "tests" / "data" / "syntax";
+    const fs::path samples = test::BundledLanguages::samplesDirectory();
     std::error_code error;
     if (!fs::is_directory(samples, error)) GTEST_SKIP() << "no samples in " << samples;
-    VXLanguageCatalog catalog;
-    catalog.loadTruffleDirectories({std::string(VX_SOURCE_DIR) + "/truffles"});
-    VXSyntaxZoneManager manager;
-    catalog.attachTo(manager);
+    test::BundledLanguages bundled;
+    auto& catalog = bundled.catalog;
+    auto& manager = bundled.manager;
     const bool update = std::getenv("VX_UPDATE_GOLDEN") && std::string(std::getenv("VX_UPDATE_GOLDEN")) == "1";
 
     int compared = 0;

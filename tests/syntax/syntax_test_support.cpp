@@ -78,4 +78,11 @@ std::vector<VXHighlightedLine> highlightLiterally(std::u16string_view text, cons
     return out;
 }
 
+BundledLanguages::BundledLanguages() {
+    catalog.loadTruffleDirectories({std::string(VX_SOURCE_DIR) + "/truffles"});
+    catalog.attachTo(manager);
+}
+
+std::string BundledLanguages::samplesDirectory() { return std::string(VX_SOURCE_DIR) + "/tests/data/syntax"; }
+
 }  // namespace vx::test

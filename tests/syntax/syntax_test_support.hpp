@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "syntax/document_highlighter.hpp"
+#include "syntax/language_catalog.hpp"
 #include "syntax/zone_manager.hpp"
 
 namespace vx::test {
@@ -23,6 +24,15 @@ public:
 private:
     std::map<std::string, std::string> m_definitions;
     VXSyntaxZoneManager m_manager;
+};
+
+// The bundled truffles of the source tree, attached to a private manager.
+struct BundledLanguages {
+    BundledLanguages();
+    // tests/data/syntax: one folder of samples per language.
+    static std::string samplesDirectory();
+    VXLanguageCatalog catalog;
+    VXSyntaxZoneManager manager;
 };
 
 // One language from one definition text, named "t" (so zone scopes end in ".t").
