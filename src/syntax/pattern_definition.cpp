@@ -140,6 +140,10 @@ const VXRegex* VXSyntaxPatternDefinition::searchRegex() const {
         const std::u16string expression = searchExpression();
         if (!expression.empty()) m_searchRegex = VXRegex::compile(expression, searchOptions());
         if (m_searchRegex) m_searchId = nextSearchId++;
+        if (!m_searchRegex || beforeAnchor) return;
+        m_prefilter = kindPrefilter();
+        if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
+        if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
     });
     return m_searchRegex.get();
 }
@@ -201,8 +205,17 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
 // --- finding the next match ---------------------------------------------------------------
 
 uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const {
-    const auto found = searchRegex()->search(line.text, from, line.text.size(), region);
-    return found ? *found : kNotFound;
+    const VXRegex* regex = searchRegex();
+    const std::u16string_view text = line.text;
+    if (!m_prefilter) {
+        const auto found = regex->search(text, from, text.size(), region);
+        return found ? *found : kNotFound;
+    }
+    // The expression is tried only where its first character (and the one before) allow a
+    // match; a match needs at least one character, so the text's end is never a candidate.
+    for (uint64_t p = from; p < text.size(); p = VXSyntaxNextCharacterIn(text, p))
+        if (m_prefilter->admits(text, p) && regex->matchAt(text, p, region)) return p;
+    return kNotFound;
 }
 
 void VXSyntaxLiteralPatternDefinition::addFirstCharacter(char16_t c, bool ignoringCase) {
@@ -310,6 +323,11 @@ std::optional<uint64_t> VXSyntaxPatternRegexDefinition::kindMatchAt(const VXSynt
     const VXRegex* regex = instanceRegex ? instanceRegex : regexObject.get();
     if (!regex) return std::nullopt;
     return regex->matchAt(line.text, position, region);
+}
+
+std::optional<VXRegexPrefilter> VXSyntaxPatternRegexDefinition::kindPrefilter() const {
+    if (freeSpacing) return std::nullopt;  // blanks and comments would need reading as such
+    return VXRegexPrefilterForExpression(regexString, caseInsensitive);
 }
 
 std::u16string VXSyntaxPatternRegexDefinition::kindExpression() const {

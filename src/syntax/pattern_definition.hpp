@@ -22,6 +22,7 @@
 #include "platform/range.hpp"
 #include "syntax/hash_trie.hpp"
 #include "syntax/regex.hpp"
+#include "syntax/regex_prefilter.hpp"
 #include "syntax/scope.hpp"
 #include "syntax/selfml/sfonode.hpp"
 
@@ -103,6 +104,8 @@ protected:
     virtual std::u16string kindExpression() const = 0;
     // Whether kindExpression already commits to one match (so no atomic group is needed).
     virtual bool kindExpressionIsAtomic() const { return false; }
+    // What the kind's matches can begin with, when it can be told (regular expressions).
+    virtual std::optional<VXRegexPrefilter> kindPrefilter() const { return std::nullopt; }
     std::string flagsRepresentation() const;
 
 private:
@@ -110,6 +113,8 @@ private:
     mutable std::once_flag m_searchOnce;
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
     mutable uint32_t m_searchId = UINT32_MAX;
+    // Where the search expression can match, when knowing it lets a scan skip most positions.
+    mutable std::optional<VXRegexPrefilter> m_prefilter;
 };
 
 // What literal patterns share: the characters that can begin a match.
@@ -171,6 +176,7 @@ protected:
     VXSyntaxPatternRegexDefinition() : VXSyntaxPatternDefinition(Regex) {}
     std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
     std::u16string kindExpression() const override;
+    std::optional<VXRegexPrefilter> kindPrefilter() const override;
 
 private:
     mutable std::mutex m_instancesMutex;

@@ -1,0 +1,155 @@
+// The prefilter read from an expression: what it finds for common grammar shapes, what it
+// declines, and that it never turns away a position where the expression itself matches.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "syntax/candidate_set.hpp"
+#include "syntax/mapped_string.hpp"
+#include "syntax/regex.hpp"
+#include "syntax/regex_prefilter.hpp"
+
+namespace {
+
+using namespace vx;
+
+std::string members(const VXCharFilter& set) {
+    std::string out;
+    for (int c = 32; c < 127; ++c)
+        if (set.ascii[c]) out += static_cast<char>(c);
+    if (set.other) out += "+other";
+    return out;
+}
+
+std::optional<VXRegexPrefilter> prefilterOf(const char* expression, bool caseInsensitive = false) {
+    return VXRegexPrefilterForExpression(utf16FromUtf8(expression), caseInsensitive);
+}
+
+TEST(RegexPrefilter, ReadsWhatAMatchBeginsWith) {
+    struct Case {
+        const char* expression;
+        bool caseInsensitive;
+        const char* first;
+    } const cases[] = {
+        {"\"", false, "\""},
+        {"\\d+(?:\\.\\d+)?", false, "0123456789+other"},
+        {"(?:0[xX]|#)\\h+", false, "#0"},
+        {"a?b*c", false, "abc"},
+        {"a{0,3}b|c{2}", false, "abc"},
+        {"[^\\s\\w]x", false, nullptr},  // checked below: everything but blanks and word characters
+        {"x{a}", false, "x"},            // not an interval: a literal brace after x
+        {"(?i)select", false, "Ss+other"},
+        {"(?i:if)|(?-i:for)", true, "Ifi+other"},
+        {"[a-c_]", true, "ABC_abc+other"},
+        {"(?=\\w)[a-z]|(?!x)-", false, "-abcdefghijklmnopqrstuvwxyz"},
+        {"\\u0041|\\x{263A}|\\u00e9", false, "A+other"},
+        {"(?<name>q)|(?'other'r)(?#comment)", false, "qr"},
+    };
+    for (const auto& c : cases) {
+        const auto filter = prefilterOf(c.expression, c.caseInsensitive);
+        ASSERT_TRUE(filter) << c.expression;
+        if (c.first) {
+            EXPECT_EQ(members(filter->first), c.first) << c.expression;
+        }
+        EXPECT_FALSE(filter->constrainsPrevious) << c.expression;
+    }
+    const auto negated = prefilterOf("[^\\s\\w]x");
+    ASSERT_TRUE(negated);
+    EXPECT_FALSE(negated->first.contains(u' '));
+    EXPECT_FALSE(negated->first.contains(u'a'));
+    EXPECT_TRUE(negated->first.contains(u'-'));
+    EXPECT_TRUE(negated->first.contains(u'\u00e9'));
+}
+
+TEST(RegexPrefilter, ReadsTheCharacterBeforeFromALeadingLookBehind) {
+    const auto afterDot = prefilterOf("(?<=\\.)(?<!\\.\\.)[A-Za-z_]\\w*");
+    ASSERT_TRUE(afterDot);
+    ASSERT_TRUE(afterDot->constrainsPrevious);
+    EXPECT_EQ(members(afterDot->previous), ".");
+    EXPECT_FALSE(afterDot->atLineStart);
+
+    const auto notAfterWord = prefilterOf("(?<![\\w$])[A-Z]");
+    ASSERT_TRUE(notAfterWord);
+    ASSERT_TRUE(notAfterWord->constrainsPrevious);
+    EXPECT_FALSE(notAfterWord->previous.contains(u'a'));
+    EXPECT_FALSE(notAfterWord->previous.contains(u'$'));
+    EXPECT_TRUE(notAfterWord->previous.contains(u' '));
+    EXPECT_TRUE(notAfterWord->previous.contains(u'\u00e9'));  // outside ASCII: never ruled out
+    EXPECT_TRUE(notAfterWord->atLineStart);
+
+    // Look-behinds that do not say one thing about the one character before.
+    for (const char* expression : {"a|(?<=b)c", "x(?<=x)y", "(?<=ab)c", "(?<!(?!y)x)c", "(?i)(?<!\u00e9)a"}) {
+        const auto filter = prefilterOf(expression);
+        ASSERT_TRUE(filter) << expression;
+        EXPECT_FALSE(filter->constrainsPrevious) << expression;
+    }
+
+    auto wordStart = *prefilterOf("[a-z]+");
+    EXPECT_FALSE(wordStart.worthScanning());  // nearly every position of source text passes
+    wordStart.requireWordStart();
+    EXPECT_TRUE(wordStart.worthScanning());
+    EXPECT_FALSE(wordStart.admits(u"ab", 1));
+    EXPECT_TRUE(wordStart.admits(u"-b", 1));
+    EXPECT_TRUE(wordStart.admits(u"b", 0));
+}
+
+TEST(RegexPrefilter, DeclinesWhatItCannotRead) {
+    for (const char* expression :
+         {"a*", "(?:x|)", "\\b", ".", "\\1a", "(a)\\k<1>", "(?x) a", "(?(1)a|b)", "[[:alpha:]]", "[a&&b]", "\\p{Alpha}",
+          "(?~abc)", "[]a]", "(?<=x)?y", "\\0", "x|\\W|\\w"}) {
+        EXPECT_FALSE(prefilterOf(expression)) << expression;
+    }
+}
+
+// Any position where the expression matches is one the filter lets through, on random
+// subjects made of the expression's own characters, ASCII, and the characters whose case
+// folding leaves ASCII (Kelvin sign, long s, sharp s) or that need two units.
+TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
+    const char* const expressions[] = {
+        "\"", "\\d+(?:\\.\\d+)?", "(?:0[xX]|#)\\h+", "a?b*c", "a{0,3}b|c{2}", "a{,2}b", "[^\\s\\w]x", "x{a}", "(?i)select",
+        "(?i:if)|(?-i:for)", "[a-c_]", "(?=\\w)[a-z]|(?!x)-", "\\u0041|\\x{263A}|\\u00e9", "(?<=\\.)(?<!\\.\\.)[A-Za-z_]\\w*",
+        "(?<![\\w$])[A-Z]", "(?<!k)s", "(?<=[^a-c])d", "a(?i)b|c", "(?i)(?<!\u00e9)a", "[\u00e9-\u00ff]z", "\U0001F600",
+        "[\\]\\[-]", "\\t|\\n|\\e", "\\S\\D", "[^\\d]{1}", "\\Asb|\\Gk", "(?<![\\s])\\H", "\\s+x", "k|s|ss",
+        "(?m:.)a", "(a|b)+c", "[a-]|[-b]", "\\.\\*|\\?", "(?<!\\$)\\{"};
+    const char16_t extras[] = {u'\u00e9', u'\u00c9', u'\u212a', u'\u017f', u'\u00df', u'\u263a', u'\r', u'\n', u'\t', u' '};
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    auto region = makeRegion();
+    for (bool caseInsensitive : {false, true}) {
+        for (const char* expression : expressions) {
+            const std::u16string pattern = utf16FromUtf8(expression);
+            const auto regex = VXRegex::compile(pattern, {caseInsensitive, false});
+            ASSERT_TRUE(regex) << expression;
+            const auto filter = VXRegexPrefilterForExpression(pattern, caseInsensitive);
+            if (!filter) continue;
+            std::u16string alphabet(std::begin(extras), std::end(extras));
+            for (char16_t c : pattern)
+                if (c < 0xD800 || c > 0xDFFF) alphabet += c;
+            int matches = 0;
+            for (int round = 0; round < 3000; ++round) {
+                std::u16string subject;
+                const int length = std::uniform_int_distribution<int>(1, 6)(random);
+                for (int i = 0; i < length; ++i) {
+                    const int pick = std::uniform_int_distribution<int>(0, 4)(random);
+                    if (pick == 4) {
+                        const size_t at = std::uniform_int_distribution<size_t>(0, pattern.size() - 1)(random);
+                        subject += pattern.substr(at, std::uniform_int_distribution<size_t>(1, 6)(random));
+                    } else if (pick == 0) subject += static_cast<char16_t>(std::uniform_int_distribution<int>(0, 127)(random));
+                    else if (pick == 1) subject += u"\U0001F600";
+                    else subject += alphabet[std::uniform_int_distribution<size_t>(0, alphabet.size() - 1)(random)];
+                }
+                // Positions as the line loop visits them: never inside a surrogate pair.
+                for (size_t p = 0; p < subject.size(); p = VXSyntaxNextCharacter(subject, p)) {
+                    if (!regex->matchAt(subject, p, region.get())) continue;
+                    ++matches;
+                    ASSERT_TRUE(filter->admits(subject, p))
+                        << expression << (caseInsensitive ? " (ignore-case)" : "") << " matches at " << p << " of \""
+                        << utf8FromUtf16(subject) << "\", seed " << seed;
+                }
+            }
+            EXPECT_GT(matches, 0) << expression;  // the subjects exercised the expression
+        }
+    }
+}
+
+}  // namespace
