@@ -41,7 +41,10 @@ uint64_t VXSyntaxSearchCache::nextMatch(const VXSyntaxPatternDefinition& pattern
     if (id >= m_entries.size()) m_entries.resize(std::max<size_t>(VXSyntaxPatternDefinition::searchIdCount(), id + 1));
     Entry& entry = m_entries[id];
     if (entry.line == m_line && entry.from <= from && (entry.found == kNotFound || entry.found >= from)) return entry.found;
-    entry = {m_line, from, pattern.findNext(line, from, region)};
+    if (entry.line != m_line) entry.memo = {};
+    entry.line = m_line;
+    entry.from = from;
+    entry.found = pattern.findNext(line, from, region, &entry.memo);
     return entry.found;
 }
 

@@ -54,6 +54,7 @@ private:
         uint64_t line = 0;
         uint64_t from = 0;
         uint64_t found = 0;
+        VXRegexPrefilter::Memo memo;  // for this line only
     };
     std::vector<Entry> m_entries;
     uint64_t m_line = 1;

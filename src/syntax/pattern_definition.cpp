@@ -204,7 +204,8 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
 
 // --- finding the next match ---------------------------------------------------------------
 
-uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const {
+uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
+                                             VXRegexPrefilter::Memo* memo) const {
     const VXRegex* regex = searchRegex();
     const std::u16string_view text = line.text;
     if (!m_prefilter) {
@@ -214,7 +215,7 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
     // The expression is tried only where its first character (and the one before) allow a
     // match; a match needs at least one character, so the text's end is never a candidate.
     for (uint64_t p = from; p < text.size(); p = VXSyntaxNextCharacterIn(text, p))
-        if (m_prefilter->admits(text, p) && regex->matchAt(text, p, region)) return p;
+        if (m_prefilter->admits(text, p, memo) && regex->matchAt(text, p, region)) return p;
     return kNotFound;
 }
 
@@ -227,7 +228,8 @@ void VXSyntaxLiteralPatternDefinition::addFirstCharacter(char16_t c, bool ignori
     if (ignoringCase && isAsciiLetter(c)) m_asciiFirst[c ^ 0x20] = true;
 }
 
-uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const {
+uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
+                                                    VXRegexPrefilter::Memo*) const {
     const std::u16string_view text = line.text;
     for (uint64_t p = from; p < text.size();) {
         const char16_t c = text[p];

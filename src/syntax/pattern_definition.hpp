@@ -91,7 +91,9 @@ public:
     // The leftmost position at or after `from` where matchAt succeeds, or kNotFound: found
     // with the search expression, or for literal kinds by testing the positions whose first
     // character can start a match (faster than the expression engine for keyword lists).
-    virtual uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const;
+    // `memo` (optional) carries what a scan learned about the line to the next scan of it.
+    virtual uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
+                              VXRegexPrefilter::Memo* memo = nullptr) const;
 
     virtual std::string selfmlDebuggingRepresentation() const = 0;
 
@@ -120,7 +122,8 @@ private:
 // What literal patterns share: the characters that can begin a match.
 class VXSyntaxLiteralPatternDefinition : public VXSyntaxPatternDefinition {
 public:
-    uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region) const override;
+    uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
+                      VXRegexPrefilter::Memo* memo = nullptr) const override;
 
 protected:
     using VXSyntaxPatternDefinition::VXSyntaxPatternDefinition;

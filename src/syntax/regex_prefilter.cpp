@@ -78,18 +78,45 @@ std::optional<char16_t> controlEscape(char16_t letter) {
 // match nothing, and whether it always matches exactly one character.
 // `exact` when the ASCII part of `first` is exactly the ASCII characters a one-character piece
 // matches (a look-behind that must not match relies on it).
+struct Piece;
 struct Info {
     VXCharFilter first;
     bool nullable = true;
     bool oneCharacter = false;
     bool exact = true;
+    // Every unit the piece can consume, and whether its ASCII part is exactly that.
+    VXCharFilter alphabet;
+    bool alphabetExact = true;
+    // A positive look-ahead (zero-width itself): what it looks at, whose pieces are `pieces`.
+    bool lookAhead = false;
+    VXCharFilter aheadFirst;
+    bool aheadNullable = true;
+    // A sequence's pieces in order (empty for alternatives of several branches).
+    std::vector<Piece> pieces;
     bool isolatedOptions = false;  // "(?i)": the rest of the group is read under new options
     bool isolatedCaseInsensitive = false;
 };
 
-Info consuming(const VXCharFilter& set, bool exact = true) { return {set, false, true, exact, false}; }
+// One item of a sequence, as the chain of runs (VXRegexPrefilter::chain) sees it.
+struct Piece {
+    enum Kind { Transparent, Single, Run, LookAhead, Other } kind = Other;
+    Info info;
+};
+
+Info consuming(const VXCharFilter& set, bool exact = true) {
+    Info info;
+    info.first = set;
+    info.nullable = false;
+    info.oneCharacter = true;
+    info.exact = exact;
+    info.alphabet = set;
+    info.alphabetExact = exact;
+    return info;
+}
 Info anything() { return consuming(VXCharFilter::everything(), false); }
 const Info kZeroWidth{};
+
+bool disjointInAscii(const VXCharFilter& a, const VXCharFilter& b) { return (a.ascii & b.ascii).none(); }
 
 class Analyzer {
 public:
@@ -105,7 +132,57 @@ public:
             filter.previous = *m_leadingPrevious;
             filter.atLineStart = m_leadingAtLineStart;
         }
+        if (!m_topLevelAlternation) buildChain(info->pieces, filter.chain);
         return filter;
+    }
+
+    // The pieces of the expression as runs and required characters: each run's members are
+    // those of consecutive pieces that consume only units known exactly; a piece of one
+    // character that no member of the run before it can be ends a stage, since a match must
+    // have it exactly where the run ends. A positive look-ahead's pieces continue the chain
+    // (and end it: what follows the look-ahead starts where it started).
+    static void buildChain(const std::vector<Piece>& pieces, std::vector<VXRegexPrefilter::Stage>& chain) {
+        std::vector<const Piece*> flat;
+        for (const Piece& piece : pieces) {
+            if (piece.kind == Piece::LookAhead && !piece.info.aheadNullable && !piece.info.pieces.empty()) {
+                for (const Piece& inner : piece.info.pieces) flat.push_back(&inner);
+                break;
+            }
+            flat.push_back(&piece);
+            if (piece.kind == Piece::LookAhead && !piece.info.aheadNullable) break;
+        }
+        VXCharFilter run;
+        for (const Piece* piece : flat) {
+            if (chain.size() == VXRegexPrefilter::kMaxStages) return;
+            const Info& info = piece->info;
+            switch (piece->kind) {
+            case Piece::Transparent:
+                continue;
+            case Piece::LookAhead:
+                if (info.aheadNullable) continue;
+                if (disjointInAscii(info.aheadFirst, run)) chain.push_back({run, info.aheadFirst, false});
+                return;
+            case Piece::Other:
+                // Not a piece the chain can step over: its first unit ends the last stage.
+                if (!info.nullable && disjointInAscii(info.first, run)) chain.push_back({run, info.first, false});
+                return;
+            case Piece::Run:
+                if (!info.alphabetExact) return;
+                run = run | info.alphabet;
+                continue;
+            case Piece::Single:
+                if (chain.size() == VXRegexPrefilter::kMaxStages) return;
+                if (disjointInAscii(info.first, run)) {
+                    chain.push_back({run, info.first, true});
+                    run = VXCharFilter();
+                } else if (info.alphabetExact) {
+                    run = run | info.alphabet;  // read as part of the run: weaker, still true
+                } else {
+                    return;
+                }
+                continue;
+            }
+        }
     }
 
 private:
@@ -132,6 +209,9 @@ private:
             info->nullable = info->nullable || next->nullable;
             info->oneCharacter = info->oneCharacter && next->oneCharacter;
             info->exact = info->exact && next->exact;
+            info->alphabet = info->alphabet | next->alphabet;
+            info->alphabetExact = info->alphabetExact && next->alphabetExact;
+            info->pieces.clear();
         }
         return info;
     }
@@ -145,6 +225,9 @@ private:
             bool lookBehind = false;
             auto item = atom(depth, lookBehind, leading);
             if (!item) return std::nullopt;
+            const bool single = item->oneCharacter;
+            const size_t afterAtom = m_at;
+            Piece::Kind kind = Piece::Other;
             if (item->isolatedOptions) {
                 // As the expression engine reads it: the rest of the group, alternatives
                 // included, is one group under the new options.
@@ -154,14 +237,25 @@ private:
                 m_caseInsensitive = saved;
                 if (!item) return std::nullopt;
                 item->oneCharacter = false;
+                item->isolatedOptions = true;
             } else if (lookBehind && isQuantifier(peek())) {
                 return fail();  // an optional look-behind constrains nothing
             } else if (!quantifiers(*item)) {
                 return std::nullopt;
             }
+            const bool quantified = m_at != afterAtom;
             ++items;
             onlyItemIsOneCharacter = item->oneCharacter;
             info.exact = info.exact && item->exact;
+            info.alphabet = info.alphabet | item->alphabet;
+            info.alphabetExact = info.alphabetExact && item->alphabetExact;
+            if (item->lookAhead) kind = quantified ? Piece::Transparent : Piece::LookAhead;
+            else if (lookBehind) kind = Piece::Transparent;
+            else if (item->isolatedOptions) kind = Piece::Other;
+            else if (item->oneCharacter) kind = Piece::Single;
+            else if (single || item->alphabetExact) kind = Piece::Run;
+            else if (item->nullable && item->first.ascii.none() && !item->first.other) kind = Piece::Transparent;
+            info.pieces.push_back({kind, *item});
             if (info.nullable) info.first = info.first | item->first;
             info.nullable = info.nullable && item->nullable;
             const bool zeroWidth = item->nullable && !item->oneCharacter && item->first.ascii.none() && !item->first.other;
@@ -308,8 +402,15 @@ private:
         }
         if (kind == u'=' || kind == u'!') {
             ++m_at;
-            if (!groupBody(depth)) return std::nullopt;
-            return kZeroWidth;
+            auto inner = groupBody(depth);
+            if (!inner) return std::nullopt;
+            if (kind == u'!') return kZeroWidth;
+            Info ahead = kZeroWidth;
+            ahead.lookAhead = true;
+            ahead.aheadFirst = inner->first;
+            ahead.aheadNullable = inner->nullable;
+            ahead.pieces = std::move(inner->pieces);
+            return ahead;
         }
         if (kind == u'#') {  // a comment
             while (!atEnd() && peek() != u')') ++m_at;
@@ -466,8 +567,32 @@ private:
 
 }  // namespace
 
+namespace {
+
+bool stageAdmits(const std::vector<VXRegexPrefilter::Stage>& chain, size_t n, std::u16string_view text, uint64_t at,
+                 VXRegexPrefilter::Memo* memo) {
+    const VXRegexPrefilter::Stage& stage = chain[n];
+    auto* remembered = memo ? &memo->stages[n] : nullptr;
+    if (remembered && remembered->from <= at && at <= remembered->runEnd) return remembered->admitted;
+    const uint64_t start = at;
+    while (at < text.size() && text[at] < 128 && stage.run.ascii[text[at]]) ++at;
+    bool admitted;
+    if (at == text.size()) admitted = false;
+    else if (text[at] >= 128) admitted = true;  // beyond what the stages know exactly
+    else if (!stage.required.ascii[text[at]]) admitted = false;
+    else admitted = !stage.continues || n + 1 == chain.size() || stageAdmits(chain, n + 1, text, at + 1, memo);
+    if (remembered) *remembered = {start, at, admitted};
+    return admitted;
+}
+
+}  // namespace
+
+bool VXRegexPrefilter::chainAdmits(std::u16string_view text, uint64_t position, Memo* memo) const {
+    return stageAdmits(chain, 0, text, position, memo);
+}
+
 bool VXRegexPrefilter::worthScanning() const {
-    if (constrainsPrevious) return true;
+    if (constrainsPrevious || !chain.empty()) return true;
     size_t letters = 0;
     for (char16_t c = u'a'; c <= u'z'; ++c) letters += first.ascii[c] ? 1 : 0;
     return letters < 10;

@@ -12,10 +12,12 @@
 // to "anything", so that a filter never rejects a position where the expression matches.
 #pragma once
 
+#include <array>
 #include <bitset>
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace vx {
 
@@ -42,12 +44,38 @@ struct VXRegexPrefilter {
     VXCharFilter previous = VXCharFilter::everything();
     bool atLineStart = true;
 
+    // After the first unit, the expression as stages: a run of units (known exactly in ASCII)
+    // and then one unit that no member of the run can be. From a match's start, the first
+    // unit outside the run must be one of `required`; the next stage starts after it when
+    // `continues`. A unit beyond ASCII where a stage looks stops the check (it may belong to
+    // the run or not).
+    struct Stage {
+        VXCharFilter run;
+        VXCharFilter required;
+        bool continues = false;
+    };
+    std::vector<Stage> chain;
+    static constexpr size_t kMaxStages = 4;
+
+    // What each stage found for the last run it stepped over, so that scanning a long run
+    // costs its length once: arriving anywhere in [from, runEnd] leads to the same answer.
+    // Valid for one text only.
+    struct Memo {
+        struct Run {
+            uint64_t from = 1;
+            uint64_t runEnd = 0;
+            bool admitted = false;
+        };
+        std::array<Run, kMaxStages> stages;
+    };
+
     // Whether a match may begin at `position` of `text` (positions inside the text only).
-    bool admits(std::u16string_view text, uint64_t position) const {
+    bool admits(std::u16string_view text, uint64_t position, Memo* memo = nullptr) const {
         if (!first.contains(text[position])) return false;
-        if (!constrainsPrevious) return true;
-        return position == 0 ? atLineStart : previous.contains(text[position - 1]);
+        if (constrainsPrevious && !(position == 0 ? atLineStart : previous.contains(text[position - 1]))) return false;
+        return chain.empty() || chainAdmits(text, position, memo);
     }
+    bool chainAdmits(std::u16string_view text, uint64_t position, Memo* memo) const;
     // Whether skipping positions this way is likely to beat the expression engine's own
     // search: a first character that is common in source text (most letters) with nothing
     // known of the character before lets through nearly every position.

@@ -2,6 +2,7 @@
 // declines, and that it never turns away a position where the expression itself matches.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <random>
 
 #include "syntax/candidate_set.hpp"
@@ -93,6 +94,30 @@ TEST(RegexPrefilter, ReadsTheCharacterBeforeFromALeadingLookBehind) {
     EXPECT_TRUE(wordStart.admits(u"b", 0));
 }
 
+TEST(RegexPrefilter, ReadsRunsAndTheCharactersThatMustEndThem) {
+    // A function call: a word, blanks, then "(" where the word and blanks end.
+    const auto call = prefilterOf("[A-Za-z_$][\\w$]*(?=\\s*\\()");
+    ASSERT_TRUE(call);
+    ASSERT_EQ(call->chain.size(), 2u);
+    EXPECT_TRUE(call->admits(u"foo (x)", 0));
+    EXPECT_TRUE(call->admits(u"foo(x)", 1));  // inside the word: the expression decides
+    EXPECT_FALSE(call->admits(u"foo + bar", 0));
+    EXPECT_FALSE(call->admits(u"foo   ", 0));                // the line ends before "("
+    EXPECT_TRUE(call->admits(u"fo\u00e9 + bar", 0));        // beyond ASCII: not ruled out
+    // "#" before a letter, one required after the other.
+    const auto hash = prefilterOf("#[a-z]+:");
+    ASSERT_TRUE(hash);
+    ASSERT_EQ(hash->chain.size(), 2u);  // "#", then letters up to ":"
+    EXPECT_TRUE(hash->admits(u"#abc:", 0));
+    EXPECT_FALSE(hash->admits(u"#abc;", 0));
+    EXPECT_FALSE(hash->admits(u"#1:", 0));
+    // A run whose members the next character can also be gives no stage there.
+    const auto overlapping = prefilterOf("[a-c]+b");
+    ASSERT_TRUE(overlapping);
+    EXPECT_TRUE(overlapping->chain.empty() || overlapping->chain.back().run.ascii.none());
+    EXPECT_TRUE(overlapping->admits(u"cab", 0));
+}
+
 TEST(RegexPrefilter, DeclinesWhatItCannotRead) {
     for (const char* expression :
          {"a*", "(?:x|)", "\\b", ".", "\\1a", "(a)\\k<1>", "(?x) a", "(?(1)a|b)", "[[:alpha:]]", "[a&&b]", "\\p{Alpha}",
@@ -110,7 +135,11 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
         "(?i:if)|(?-i:for)", "[a-c_]", "(?=\\w)[a-z]|(?!x)-", "\\u0041|\\x{263A}|\\u00e9", "(?<=\\.)(?<!\\.\\.)[A-Za-z_]\\w*",
         "(?<![\\w$])[A-Z]", "(?<!k)s", "(?<=[^a-c])d", "a(?i)b|c", "(?i)(?<!\u00e9)a", "[\u00e9-\u00ff]z", "\U0001F600",
         "[\\]\\[-]", "\\t|\\n|\\e", "\\S\\D", "[^\\d]{1}", "\\Asb|\\Gk", "(?<![\\s])\\H", "\\s+x", "k|s|ss",
-        "(?m:.)a", "(a|b)+c", "[a-]|[-b]", "\\.\\*|\\?", "(?<!\\$)\\{"};
+        "(?m:.)a", "(a|b)+c", "[a-]|[-b]", "\\.\\*|\\?", "(?<!\\$)\\{",
+        // Runs and required characters.
+        "[A-Za-z_$][\\w$]*(?=\\s*\\()", "#?[a-z]\\w*(?=\\s*[:=])", "([a-z][\\w.]*)?(`)", "\\w*\\$[\\w$]*",
+        "(?:ab)+c", "[a-c]+d[e-f]+g", "x(?=y|w)w", "(?i)[a-c]+d", "\\s*(#)\\s*(if)\\b", "a+(?=b*c)", "[^a]+a",
+        "k+s", "(?i)k+z", "[\u00e9a]+b", "a(?!b)\\w*c", "a*?b", "(?:a|bc)*d", "a{2,}b{0}c"};
     const char16_t extras[] = {u'\u00e9', u'\u00c9', u'\u212a', u'\u017f', u'\u00df', u'\u263a', u'\r', u'\n', u'\t', u' '};
     const unsigned seed = std::random_device{}();
     std::mt19937 random(seed);
@@ -123,12 +152,20 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
             const auto filter = VXRegexPrefilterForExpression(pattern, caseInsensitive);
             if (!filter) continue;
             std::u16string alphabet(std::begin(extras), std::end(extras));
-            for (char16_t c : pattern)
+            std::u16string letters;  // the expression's own letters and digits, often what it matches
+            for (char16_t c : pattern) {
                 if (c < 0xD800 || c > 0xDFFF) alphabet += c;
+                if (c < 128 && std::isalnum(c)) letters += c;
+            }
+            if (letters.empty()) letters = alphabet;
             int matches = 0;
-            for (int round = 0; round < 3000; ++round) {
+            // Subjects that some of the expressions match, then random ones.
+            const char16_t* const fixed[] = {u"aac", u"adeg", u"bcdfeg", u" #if ", u"\t#if(", u"ac", u"abbc", u"xww",
+                                             u"foo (", u"$a$", u"abc`", u"kkks", u"\u212Az"};
+            for (int round = 0; round < 3000 + static_cast<int>(std::size(fixed)); ++round) {
                 std::u16string subject;
-                const int length = std::uniform_int_distribution<int>(1, 6)(random);
+                if (round >= 3000) subject = fixed[round - 3000];
+                const int length = subject.empty() ? std::uniform_int_distribution<int>(1, 6)(random) : 0;
                 for (int i = 0; i < length; ++i) {
                     const int pick = std::uniform_int_distribution<int>(0, 4)(random);
                     if (pick == 4) {
@@ -136,13 +173,19 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
                         subject += pattern.substr(at, std::uniform_int_distribution<size_t>(1, 6)(random));
                     } else if (pick == 0) subject += static_cast<char16_t>(std::uniform_int_distribution<int>(0, 127)(random));
                     else if (pick == 1) subject += u"\U0001F600";
+                    else if (pick == 2) subject += letters[std::uniform_int_distribution<size_t>(0, letters.size() - 1)(random)];
                     else subject += alphabet[std::uniform_int_distribution<size_t>(0, alphabet.size() - 1)(random)];
                 }
-                // Positions as the line loop visits them: never inside a surrogate pair.
+                // Positions as the line loop visits them: never inside a surrogate pair. The
+                // memo carries what one position's check learnt to the next ones.
+                VXRegexPrefilter::Memo memo;
                 for (size_t p = 0; p < subject.size(); p = VXSyntaxNextCharacter(subject, p)) {
+                    const bool admitted = filter->admits(subject, p);
+                    ASSERT_EQ(filter->admits(subject, p, &memo), admitted) << expression << " at " << p << " of \""
+                                                                             << utf8FromUtf16(subject) << "\"";
                     if (!regex->matchAt(subject, p, region.get())) continue;
                     ++matches;
-                    ASSERT_TRUE(filter->admits(subject, p))
+                    ASSERT_TRUE(admitted)
                         << expression << (caseInsensitive ? " (ignore-case)" : "") << " matches at " << p << " of \""
                         << utf8FromUtf16(subject) << "\", seed " << seed;
                 }
