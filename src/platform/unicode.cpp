@@ -78,9 +78,18 @@ std::u16string utf16FromUtf8(std::string_view text) {
 
 std::string utf8FromUtf16(std::u16string_view text) {
     std::string result;
-    result.reserve(text.size());
+    appendUtf8FromUtf16(result, text);
+    return result;
+}
+
+void appendUtf8FromUtf16(std::string& result, std::u16string_view text) {
+    result.reserve(result.size() + text.size());
     for (size_t i = 0; i < text.size(); ++i) {
         char32_t c = text[i];
+        if (c < 0x80) {  // most source text
+            result += static_cast<char>(c);
+            continue;
+        }
         if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
             c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
         } else if (c >= 0xD800 && c < 0xE000) {
@@ -88,7 +97,6 @@ std::string utf8FromUtf16(std::u16string_view text) {
         }
         appendUtf8(result, c);
     }
-    return result;
 }
 
 }  // namespace vx

@@ -11,6 +11,8 @@ namespace vx {
 // command line or a child process is shown as well as it can be.
 std::u16string utf16FromUtf8(std::string_view text);
 std::string utf8FromUtf16(std::u16string_view text);
+// The same conversion, appended to `out`.
+void appendUtf8FromUtf16(std::string& out, std::u16string_view text);
 // Appends one code point in UTF-8; a surrogate or a value past U+10FFFF becomes U+FFFD.
 void appendUtf8(std::string& out, char32_t codepoint);
 

@@ -135,7 +135,7 @@ std::atomic<uint32_t> nextSearchId{0};
 
 uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load(); }
 
-const VXRegex* VXSyntaxPatternDefinition::searchRegex() const {
+void VXSyntaxPatternDefinition::prepareSearch() const {
     std::call_once(m_searchOnce, [this] {
         const std::u16string expression = searchExpression();
         if (!expression.empty()) m_searchRegex = VXRegex::compile(expression, searchOptions());
@@ -145,7 +145,7 @@ const VXRegex* VXSyntaxPatternDefinition::searchRegex() const {
         if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
         if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
     });
-    return m_searchRegex.get();
+    m_searchReady.store(true, std::memory_order_release);
 }
 
 std::string VXSyntaxPatternDefinition::flagsRepresentation() const {

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -80,7 +81,10 @@ public:
     std::u16string searchExpression() const;
     VXRegexOptions searchOptions() const;
     // The search expression compiled once (null when there is none or it does not compile).
-    const VXRegex* searchRegex() const;
+    const VXRegex* searchRegex() const {
+        if (!m_searchReady.load(std::memory_order_acquire)) prepareSearch();
+        return m_searchRegex.get();
+    }
     // A number of its own for each pattern that has a search expression (dense, from 0), so
     // that a line's search results can be kept in an array.
     uint32_t searchId() const {
@@ -112,7 +116,9 @@ protected:
 
 private:
     uint32_t m_patternType;
+    void prepareSearch() const;
     mutable std::once_flag m_searchOnce;
+    mutable std::atomic<bool> m_searchReady{false};  // the fast way past m_searchOnce
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
     mutable uint32_t m_searchId = UINT32_MAX;
     // Where the search expression can match, when knowing it lets a scan skip most positions.

@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <unordered_map>
 
 #include <cmath>
 #include <cstdlib>
@@ -76,10 +77,9 @@ public:
     const Rgb& pageForeground() const { return m_page.foreground; }
     const Rgb& pageBackground() const { return *m_page.background; }
 
-    Look lookFor(const std::vector<VXScope>& scopes) {
-        std::string key;
-        for (const VXScope& scope : scopes) (key += scope.stringRepresentation()) += ' ';
-        if (auto found = m_cache.find(key); found != m_cache.end()) return found->second;
+    // The look of a stack of scopes; the reference stays valid as long as this object.
+    const Look& lookFor(const std::vector<VXScope>& scopes) {
+        if (auto found = m_cache.find(scopes); found != m_cache.end()) return found->second;
         const VXAttrDict attributes = m_theme->attributesForZone(m_theme->zoneForContext(VXContext::fromScopes(scopes)));
         Look look;
         look.foreground = attributes.foreground.alpha > 0 ? over(attributes.foreground, *m_page.background) : m_page.foreground;
@@ -91,13 +91,21 @@ public:
         look.italic = attributes.italic;
         look.underline = attributes.underline;
         look.strikethrough = attributes.strikethrough;
-        return m_cache.emplace(std::move(key), look).first->second;
+        return m_cache.emplace(scopes, look).first->second;
     }
 
 private:
+    struct StackHash {
+        size_t operator()(const std::vector<VXScope>& scopes) const {
+            size_t hash = scopes.size();
+            for (const VXScope& scope : scopes) hash = hash * 31 + scope.hash();
+            return hash;
+        }
+    };
     std::shared_ptr<VXTheme> m_theme;
     Look m_page;
-    std::map<std::string, Look> m_cache;
+    // Scopes are interned, so a stack hashes and compares as the pointers it holds.
+    std::unordered_map<std::vector<VXScope>, Look, StackHash> m_cache;
 };
 
 // Each line's runs with their looks, the text of each run in UTF-8; endLine after each line break.
@@ -108,13 +116,16 @@ void forEachStyledRun(const HighlightInput& input, ThemeLooks& looks, Emit&& emi
     for (size_t n = 0; n < input.lines.size(); ++n) {
         const VXHighlightedLine& line = input.lines[n];
         // Neighbouring runs that look the same are written as one.
-        std::optional<Look> pending;
+        const Look* pending = nullptr;
         std::string pendingText;
         for (const VXScopeRun& run : scopeRunsForLine(line)) {
-            const Look look = looks.lookFor(run.scopes);
-            if (pending && *pending != look) emit(*pending, std::exchange(pendingText, {}));
-            pending = look;
-            pendingText += utf8FromUtf16(text.substr(line.line.start + run.start, run.end - run.start));
+            const Look& look = looks.lookFor(run.scopes);
+            if (pending && *pending != look) {
+                emit(*pending, pendingText);
+                pendingText.clear();
+            }
+            pending = &look;
+            appendUtf8FromUtf16(pendingText, text.substr(line.line.start + run.start, run.end - run.start));
         }
         if (pending) emit(*pending, pendingText);
         if (n + 1 < input.lines.size() || line.line.length > line.line.contentLength) endLine();
@@ -155,18 +166,24 @@ std::string formatAnsi(const HighlightInput& input) {
     ThemeLooks looks(input.themeName);
     std::string out;
     std::optional<Look> current;
+    std::unordered_map<const Look*, std::string> escapes;  // looks live as long as `looks`
     forEachStyledRun(
         input, looks,
         [&](const Look& look, const std::string& text) {
             if (!current || *current != look) {
-                out += "\x1b[0";
-                if (look.bold) out += ";1";
-                if (look.italic) out += ";3";
-                if (look.underline) out += ";4";
-                if (look.strikethrough) out += ";9";
-                out += ";" + sgrColor(true, look.foreground, input.trueColor);
-                if (look.background) out += ";" + sgrColor(false, *look.background, input.trueColor);
-                out += "m";
+                auto [entry, added] = escapes.try_emplace(&look);
+                if (added) {
+                    std::string& escape = entry->second;
+                    escape = "\x1b[0";
+                    if (look.bold) escape += ";1";
+                    if (look.italic) escape += ";3";
+                    if (look.underline) escape += ";4";
+                    if (look.strikethrough) escape += ";9";
+                    escape += ";" + sgrColor(true, look.foreground, input.trueColor);
+                    if (look.background) escape += ";" + sgrColor(false, *look.background, input.trueColor);
+                    escape += "m";
+                }
+                out += entry->second;
                 current = look;
             }
             out += text;
