@@ -138,7 +138,7 @@ uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load()
 void VXSyntaxPatternDefinition::prepareSearch() const {
     std::call_once(m_searchOnce, [this] {
         const std::u16string expression = searchExpression();
-        if (!expression.empty()) m_searchRegex = VXRegex::compile(expression, searchOptions());
+        if (!expression.empty()) m_searchRegex = compileSearch(expression);
         if (m_searchRegex) m_searchId = nextSearchId++;
         if (!m_searchRegex || beforeAnchor) return;
         m_prefilter = kindPrefilter();
@@ -146,6 +146,10 @@ void VXSyntaxPatternDefinition::prepareSearch() const {
         if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
     });
     m_searchReady.store(true, std::memory_order_release);
+}
+
+std::shared_ptr<const VXRegex> VXSyntaxPatternDefinition::compileSearch(const std::u16string& expression) const {
+    return VXRegex::compile(expression, searchOptions());
 }
 
 std::string VXSyntaxPatternDefinition::flagsRepresentation() const {
@@ -325,6 +329,12 @@ std::optional<uint64_t> VXSyntaxPatternRegexDefinition::kindMatchAt(const VXSynt
     const VXRegex* regex = instanceRegex ? instanceRegex : regexObject.get();
     if (!regex) return std::nullopt;
     return regex->matchAt(line.text, position, region);
+}
+
+std::shared_ptr<const VXRegex> VXSyntaxPatternRegexDefinition::compileSearch(const std::u16string& expression) const {
+    // Without flags the search expression is the pattern's own, already compiled.
+    if (expression == regexString && regexObject) return regexObject;
+    return VXSyntaxPatternDefinition::compileSearch(expression);
 }
 
 std::optional<VXRegexPrefilter> VXSyntaxPatternRegexDefinition::kindPrefilter() const {

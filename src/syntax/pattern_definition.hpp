@@ -112,6 +112,8 @@ protected:
     virtual bool kindExpressionIsAtomic() const { return false; }
     // What the kind's matches can begin with, when it can be told (regular expressions).
     virtual std::optional<VXRegexPrefilter> kindPrefilter() const { return std::nullopt; }
+    // Compiles the search expression.
+    virtual std::shared_ptr<const VXRegex> compileSearch(const std::u16string& expression) const;
     std::string flagsRepresentation() const;
 
 private:
@@ -186,6 +188,7 @@ protected:
     std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
     std::u16string kindExpression() const override;
     std::optional<VXRegexPrefilter> kindPrefilter() const override;
+    std::shared_ptr<const VXRegex> compileSearch(const std::u16string& expression) const override;
 
 private:
     mutable std::mutex m_instancesMutex;
