@@ -29,18 +29,21 @@ VXCandidateSet::VXCandidateSet(const VXSyntaxZoneDefinition& owner, const VXSynt
     for (const VXSyntaxZoneDefinition* definition : flattenCandidates(owner, base)) {
         const auto type = definition->isStartEnd() ? VXSXMatchPatternTypeStart : VXSXMatchPatternTypeMain;
         const auto index = static_cast<uint32_t>(m_candidates.size());
-        m_candidates.push_back({definition, type});
-        if (definition->pattern(type)->searchRegex()) m_searchable.push_back(index);
-        else m_positional.push_back(index);
+        const VXSyntaxPatternDefinition* pattern = definition->pattern(type);
+        m_candidates.push_back({definition, type, pattern});
+        if (pattern->searchRegex()) {
+            m_searchable.push_back(index);
+            m_searchIds.push_back(pattern->searchId());
+        } else {
+            m_positional.push_back(index);
+        }
     }
 }
 
-uint64_t VXSyntaxSearchCache::nextMatch(const VXSyntaxPatternDefinition& pattern, const VXSyntaxLine& line,
-                                        uint64_t from, VXRegexRegion* region) {
-    const uint32_t id = pattern.searchId();
+uint64_t VXSyntaxSearchCache::search(const VXSyntaxPatternDefinition& pattern, uint32_t id, const VXSyntaxLine& line,
+                                     uint64_t from, VXRegexRegion* region) {
     if (id >= m_entries.size()) m_entries.resize(std::max<size_t>(VXSyntaxPatternDefinition::searchIdCount(), id + 1));
     Entry& entry = m_entries[id];
-    if (entry.line == m_line && entry.from <= from && (entry.found == kNotFound || entry.found >= from)) return entry.found;
     if (entry.line != m_line) entry.memo = {};
     entry.line = m_line;
     entry.from = from;
@@ -54,9 +57,9 @@ std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& 
     if (from >= limit) return std::nullopt;
     uint64_t found = kNotFound;
     size_t foundIndex = m_candidates.size();
-    for (uint32_t index : m_searchable) {
-        const auto& candidate = m_candidates[index];
-        const uint64_t at = cache.nextMatch(*candidate.definition->pattern(candidate.patternType), line, from, region);
+    for (size_t k = 0; k < m_searchable.size(); ++k) {
+        const uint32_t index = m_searchable[k];
+        const uint64_t at = cache.nextMatch(*m_candidates[index].pattern, m_searchIds[k], line, from, region);
         if (at < found) {  // strictly: on a tie the earlier candidate stays
             found = at;
             foundIndex = index;
@@ -72,8 +75,7 @@ std::optional<VXCandidateSet::Found> VXCandidateSet::search(const VXSyntaxLine& 
     for (uint64_t p = from; p <= found && p < limit; p = VXSyntaxNextCharacter(line.text, p)) {
         for (uint32_t index : m_positional) {
             if (p == found && index > foundIndex) break;
-            const auto& candidate = m_candidates[index];
-            if (candidate.definition->pattern(candidate.patternType)->matchAt(line, p, region)) return Found{p, index};
+            if (m_candidates[index].pattern->matchAt(line, p, region)) return Found{p, index};
         }
         if (m_positional.empty()) break;
     }

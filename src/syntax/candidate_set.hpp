@@ -33,6 +33,7 @@ namespace vx {
 struct VXSyntaxCandidate {
     const VXSyntaxZoneDefinition* definition;
     VXSXMatchPatternType patternType;  // main pattern for a match zone, start pattern otherwise
+    const VXSyntaxPatternDefinition* pattern;  // that pattern
 };
 
 // The candidates of a list of definitions in the order the line loop tries them: groups
@@ -47,9 +48,23 @@ public:
     // The leftmost position at or after `from` where the pattern's search expression matches
     // (up to the end of the line's text, its break included), or kNotFound.
     uint64_t nextMatch(const VXSyntaxPatternDefinition& pattern, const VXSyntaxLine& line, uint64_t from,
-                       VXRegexRegion* region);
+                       VXRegexRegion* region) {
+        return nextMatch(pattern, pattern.searchId(), line, from, region);
+    }
+    // The same with the pattern's search id known (the candidate loop's fast path).
+    uint64_t nextMatch(const VXSyntaxPatternDefinition& pattern, uint32_t id, const VXSyntaxLine& line, uint64_t from,
+                       VXRegexRegion* region) {
+        if (id < m_entries.size()) {
+            const Entry& entry = m_entries[id];
+            if (entry.line == m_line && entry.from <= from && (entry.found == kNotFound || entry.found >= from))
+                return entry.found;
+        }
+        return search(pattern, id, line, from, region);
+    }
 
 private:
+    uint64_t search(const VXSyntaxPatternDefinition& pattern, uint32_t id, const VXSyntaxLine& line, uint64_t from,
+                    VXRegexRegion* region);
     struct Entry {
         uint64_t line = 0;
         uint64_t from = 0;
@@ -81,6 +96,7 @@ public:
 private:
     std::vector<VXSyntaxCandidate> m_candidates;
     std::vector<uint32_t> m_searchable;  // candidates found by searching, in order
+    std::vector<uint32_t> m_searchIds;   // their patterns' search ids
     std::vector<uint32_t> m_positional;  // candidates tried position by position, in order
 };
 
