@@ -2,8 +2,10 @@
 # Whole-file highlighting speed against peers, in one run on the same files: Vellumex
 # (`vx highlight`), bat, highlight and pygmentize (Debian packages, installed here when missing).
 # Prints MB/s per file and tool (best of three runs; every tool writes ANSI colours to a file),
-# the ratio to the fastest peer, whether the longest line came out coloured past 16 KiB, and how
-# Vellumex's time grows when one long line gets longer.
+# the ratio to the fastest peer, whether the longest line came out coloured past 16 KiB ("-" when
+# no line is that long), and how Vellumex's time grows when one long line gets longer. A peer that
+# leaves the long line uncoloured (bat does past 16 KiB) has not done the work, so the ratio is
+# taken to the fastest peer that coloured it.
 #   bench/highlight_peers.sh            (builds vx first when needed)
 # VX names the vx binary (default: build/release/src/app/vx).
 set -eu
@@ -47,9 +49,12 @@ best_of_three() {
     echo "$best"
 }
 
-# Whether the output's longest line holds colour escapes past its first 16 KiB.
+# Whether the output's longest line is coloured past its first 16 KiB (more than a closing reset
+# there); "-" when no line is that long.
 long_line_coloured() {
-    awk 'length($0) > max { max = length($0); line = $0 } END { rest = substr(line, 16385); print (index(rest, "\033[") ? "yes" : "no") }' "$work/out"
+    awk 'length($0) > max { max = length($0); line = $0 }
+         END { if (max <= 16384) { print "-"; exit }
+               rest = substr(line, 16385); print (gsub(/\033\[/, "", rest) > 2 ? "yes" : "no") }' "$work/out"
 }
 
 run_vx() { "$vx" highlight "$1" --format ansi; }
@@ -67,7 +72,7 @@ for file in $files; do
         t=$(best_of_three "run_$tool" "$file")
         rate=$(echo "$size / 1000000 / $t" | bc -l)
         coloured=$(long_line_coloured)
-        if [ "$tool" != vx ] && { [ -z "$fastest_peer" ] || [ "$(echo "$rate > $fastest_peer" | bc -l)" = 1 ]; }; then
+        if [ "$tool" != vx ] && [ "$coloured" != no ] && { [ -z "$fastest_peer" ] || [ "$(echo "$rate > $fastest_peer" | bc -l)" = 1 ]; }; then
             fastest_peer=$rate
         fi
         results="$results$tool $t $rate $coloured
