@@ -44,19 +44,34 @@ std::vector<VXHighlightedLine> highlightText(std::u16string_view text, const VXS
 
 namespace {
 
-// Walks a line's events; `until` limits the columns covered (the content end, or one past a column).
-std::vector<VXScopeRun> scopeRuns(const VXHighlightedLine& line, uint64_t until) {
+// Walks a line's events and hands each maximal run of one scope stack to `visit`; `until`
+// limits the columns covered (the content end, or one past a column).
+template <class Visit>
+void walkScopeRuns(const VXHighlightedLine& line, uint64_t until, Visit&& visit) {
     VXLineZoneStack stack(line.startContext);
-    std::vector<VXScopeRun> runs;
+    VXScopeRun pending;
+    bool hasPending = false;
+    std::vector<VXScope> scopes;
     const uint64_t column = VXWalkLineZones(stack, line.events, line.line.start, until,
                                             [&](uint64_t from, uint64_t to, const VXLineZoneStack& open) {
-                                                std::vector<VXScope> scopes = open.scopes();
-                                                if (!runs.empty() && runs.back().end == from && runs.back().scopes == scopes)
-                                                    runs.back().end = to;
-                                                else
-                                                    runs.push_back({from, to, std::move(scopes)});
+                                                open.scopesInto(scopes);
+                                                if (hasPending && pending.end == from && pending.scopes == scopes) {
+                                                    pending.end = to;
+                                                    return;
+                                                }
+                                                if (hasPending) visit(pending);
+                                                pending.start = from;
+                                                pending.end = to;
+                                                pending.scopes.swap(scopes);
+                                                hasPending = true;
                                             });
-    if (runs.empty() || runs.back().end < until) runs.push_back({column, until, stack.scopes()});
+    if (hasPending) visit(pending);
+    if (!hasPending || pending.end < until) visit(VXScopeRun{column, until, stack.scopes()});
+}
+
+std::vector<VXScopeRun> scopeRuns(const VXHighlightedLine& line, uint64_t until) {
+    std::vector<VXScopeRun> runs;
+    walkScopeRuns(line, until, [&](const VXScopeRun& run) { runs.push_back(run); });
     return runs;
 }
 
@@ -66,6 +81,11 @@ std::vector<VXScopeRun> scopeRunsForLine(const VXHighlightedLine& line) {
     std::vector<VXScopeRun> runs = scopeRuns(line, line.line.contentLength);
     if (line.line.contentLength == 0) runs.clear();  // an empty line has no characters to cover
     return runs;
+}
+
+void forEachScopeRun(const VXHighlightedLine& line, const std::function<void(const VXScopeRun&)>& visit) {
+    if (line.line.contentLength == 0) return;  // an empty line has no characters to cover
+    walkScopeRuns(line, line.line.contentLength, visit);
 }
 
 std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t column) {

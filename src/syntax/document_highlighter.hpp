@@ -11,6 +11,7 @@
 
 #include <string>
 #include <string_view>
+#include <functional>
 #include <vector>
 
 #include "syntax/context.hpp"
@@ -46,6 +47,8 @@ struct VXScopeRun {
 };
 // The maximal runs of equal scope stacks of a line, covering its content.
 std::vector<VXScopeRun> scopeRunsForLine(const VXHighlightedLine& line);
+// The same runs handed to `visit` one by one, without keeping them (for long lines).
+void forEachScopeRun(const VXHighlightedLine& line, const std::function<void(const VXScopeRun&)>& visit);
 // The scope stack at a column of a line (at or past its content end: the stack there).
 std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t column);
 

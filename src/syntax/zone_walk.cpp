@@ -34,9 +34,14 @@ VXContext VXLineZoneStack::context() const {
 
 std::vector<VXScope> VXLineZoneStack::scopes() const {
     std::vector<VXScope> out;
+    scopesInto(out);
+    return out;
+}
+
+void VXLineZoneStack::scopesInto(std::vector<VXScope>& out) const {
+    out.clear();
     out.reserve(m_entries.size());
     for (const VXSyntaxZone& entry : m_entries) out.push_back(entry.scope);
-    return out;
 }
 
 }  // namespace vx

@@ -23,6 +23,8 @@ public:
 
     VXContext context() const;
     std::vector<VXScope> scopes() const;
+    // The same into `out`, reusing its storage.
+    void scopesInto(std::vector<VXScope>& out) const;
 
 private:
     std::vector<VXSyntaxZone> m_entries;

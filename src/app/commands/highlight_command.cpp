@@ -118,7 +118,7 @@ void forEachStyledRun(const HighlightInput& input, ThemeLooks& looks, Emit&& emi
         // Neighbouring runs that look the same are written as one.
         const Look* pending = nullptr;
         std::string pendingText;
-        for (const VXScopeRun& run : scopeRunsForLine(line)) {
+        forEachScopeRun(line, [&](const VXScopeRun& run) {
             const Look& look = looks.lookFor(run.scopes);
             if (pending && *pending != look) {
                 emit(*pending, pendingText);
@@ -126,7 +126,7 @@ void forEachStyledRun(const HighlightInput& input, ThemeLooks& looks, Emit&& emi
             }
             pending = &look;
             appendUtf8FromUtf16(pendingText, text.substr(line.line.start + run.start, run.end - run.start));
-        }
+        });
         if (pending) emit(*pending, pendingText);
         if (n + 1 < input.lines.size() || line.line.length > line.line.contentLength) endLine();
     }
