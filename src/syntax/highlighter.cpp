@@ -281,8 +281,37 @@ void VXSyntaxEmitEnd(VXSyntaxZoneStack& stack, uint64_t position, uint64_t lengt
 
 // --- the line loop ------------------------------------------------------------------------
 
-VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
+VXContext VXSyntaxParseWithLineFeedBreak(const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
+                                         const std::function<VXContext(const VXSyntaxLine&)>& parse) {
+    if (VXSyntaxBreakIsLineFeed(line)) return parse(line);
+    const uint64_t breakLength = line.text.size() - line.contentLength;
+    std::u16string text(line.text.substr(0, line.contentLength));
+    text += u'\n';
+    const size_t first = events.size();
+    VXContext context = parse(VXSyntaxLine{text, line.contentLength, line.documentOffset});
+    // Past the content end, a position in the "\n" seen is one in the real break: its end
+    // lies breakLength - 1 units further.
+    const uint64_t contentEnd = line.documentOffset + line.contentLength;
+    auto move = [&](Range& range) {
+        uint64_t end = range.end();
+        if (range.location > contentEnd) range.location += breakLength - 1;
+        if (end > contentEnd) end += breakLength - 1;
+        range.length = end - range.location;
+    };
+    for (size_t n = first; n < events.size(); ++n) {
+        move(events[n].range);
+        move(events[n].semanticRange);
+    }
+    return context;
+}
+
+VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& givenLine, std::vector<VXSyntaxZone>& events,
                             const VXSyntaxRuleset& ruleset, VXSyntaxParseState* state) {
+    if (!VXSyntaxBreakIsLineFeed(givenLine))
+        return VXSyntaxParseWithLineFeedBreak(givenLine, events, [&](const VXSyntaxLine& line) {
+            return VXSyntaxParseLine(incoming, line, events, ruleset, state);
+        });
+    const VXSyntaxLine& line = givenLine;
     VXSyntaxParseState localState;
     if (!state) state = &localState;
     state->searches.beginLine();

@@ -17,6 +17,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -62,6 +63,17 @@ private:
 // context at its end. `ruleset` is the document's language (also what `$base` stands for).
 VXContext VXSyntaxParseLine(const VXContext& incoming, const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
                             const VXSyntaxRuleset& ruleset, VXSyntaxParseState* state = nullptr);
+
+// Expressions see a line's break as "\n" whatever the text uses ("\r\n", or a lone "\r"), so
+// that `$`, "\n" and look-aheads behave alike in every file. Calls `parse` with the line as
+// the expressions should see it (a copy when its break differs) and moves the events it added
+// that lie past the content end onto the real break.
+inline bool VXSyntaxBreakIsLineFeed(const VXSyntaxLine& line) {
+    const uint64_t breakLength = line.text.size() - line.contentLength;
+    return breakLength == 0 || (breakLength == 1 && line.text.back() == u'\n');
+}
+VXContext VXSyntaxParseWithLineFeedBreak(const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
+                                         const std::function<VXContext(const VXSyntaxLine&)>& parse);
 
 // --- the position-by-position building blocks --------------------------------------------
 

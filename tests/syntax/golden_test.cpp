@@ -2,7 +2,8 @@
 // <case>.<ext>.scopes beside it is highlighted as the language its folder names (or the one
 // chosen for the file when the folder names none), and must give exactly that output. A
 // mismatch writes <case>.<ext>.scopes.new for a person to diff; VX_UPDATE_GOLDEN=1 replaces the
-// stored file instead (scripts/regen-golden.sh does the same through `vx highlight`).
+// stored file instead (scripts/regen-golden.sh does the same through `vx highlight`). Each sample
+// must also highlight the same with CR LF line breaks.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -50,6 +51,10 @@ TEST(Golden, SamplesHighlightAsStored) {
         const std::string actual = formatScopes(highlightText(text, *ruleset));
         const std::string stored = *readWholeFile(expected.string());
         ++compared;
+        // The same text with CR LF line breaks highlights the same.
+        std::u16string crlf;
+        for (char16_t c : text) c == u'\n' ? crlf += u"\r\n" : crlf += c;
+        EXPECT_EQ(formatScopes(highlightText(crlf, *ruleset)), actual) << sample << " with CR LF line breaks";
         const fs::path fresh = expected.string() + ".new";
         if (actual == stored) {
             fs::remove(fresh, error);

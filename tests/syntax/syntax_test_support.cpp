@@ -35,8 +35,13 @@ std::string eventsOf(const std::string& utf8Text, const VXSyntaxRuleset& ruleset
     return formatEvents(highlightText(utf16FromUtf8(utf8Text), ruleset));
 }
 
-VXContext literalParseLine(const VXContext& incoming, const VXSyntaxLine& line, std::vector<VXSyntaxZone>& events,
+VXContext literalParseLine(const VXContext& incoming, const VXSyntaxLine& givenLine, std::vector<VXSyntaxZone>& events,
                            const VXSyntaxRuleset& ruleset) {
+    if (!VXSyntaxBreakIsLineFeed(givenLine))
+        return VXSyntaxParseWithLineFeedBreak(givenLine, events, [&](const VXSyntaxLine& line) {
+            return literalParseLine(incoming, line, events, ruleset);
+        });
+    const VXSyntaxLine& line = givenLine;
     VXRegexRegionPtr region = makeRegion();
     VXSyntaxZoneStack stack;
     VXSyntaxLoadStack(incoming, stack);
