@@ -30,6 +30,8 @@ VXHashTrie::VXHashTrie(const std::vector<std::u16string>& words, bool caseInsens
         if (!m_nodes[node].endsWord) ++m_wordCount;
         m_nodes[node].endsWord = true;
     }
+    for (const auto& [unit, node] : m_nodes[0].children)
+        if (unit < 128) m_rootAscii[unit] = node;
 }
 
 uint32_t VXHashTrie::child(uint32_t node, char16_t unit) const {
@@ -43,7 +45,8 @@ std::optional<uint64_t> VXHashTrie::longestMatchAt(std::u16string_view text, uin
     std::optional<uint64_t> longest;
     uint32_t node = 0;
     for (uint64_t i = position; i < text.size(); ++i) {
-        node = child(node, fold(text[i]));
+        const char16_t unit = fold(text[i]);
+        node = node == 0 && unit < 128 ? m_rootAscii[unit] : child(node, unit);
         if (node == kNone) break;
         if (m_nodes[node].endsWord) longest = i + 1 - position;
     }

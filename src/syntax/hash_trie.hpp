@@ -6,6 +6,7 @@
 // (other characters compare exactly).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -33,6 +34,8 @@ private:
     uint32_t child(uint32_t node, char16_t unit) const;
 
     std::vector<Node> m_nodes;
+    // The root's children by ASCII unit, for the first step of every lookup.
+    std::array<uint32_t, 128> m_rootAscii{};
     size_t m_wordCount = 0;
     bool m_caseInsensitive;
 };

@@ -218,8 +218,16 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
     }
     // The expression is tried only where its first character (and the one before) allow a
     // match; a match needs at least one character, so the text's end is never a candidate.
-    for (uint64_t p = from; p < text.size(); p = VXSyntaxNextCharacterIn(text, p))
+    const VXCharFilter& first = m_prefilter->first;
+    for (uint64_t p = from; p < text.size();) {
+        const char16_t c = text[p];
+        if (c < 128 && !first.ascii[c]) {  // most positions; never half of a surrogate pair
+            ++p;
+            continue;
+        }
         if (m_prefilter->admits(text, p, memo) && regex->matchAt(text, p, region)) return p;
+        p = VXSyntaxNextCharacterIn(text, p);
+    }
     return kNotFound;
 }
 
