@@ -31,7 +31,7 @@ VXCandidateSet::VXCandidateSet(const VXSyntaxZoneDefinition& owner, const VXSynt
         const auto index = static_cast<uint32_t>(m_candidates.size());
         const VXSyntaxPatternDefinition* pattern = definition->pattern(type);
         m_candidates.push_back({definition, type, pattern});
-        if (pattern->searchRegex()) {
+        if (pattern->searchable()) {
             m_searchable.push_back(index);
             m_searchIds.push_back(pattern->searchId());
         } else {

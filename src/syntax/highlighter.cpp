@@ -29,7 +29,7 @@ uint64_t findEnd(VXSyntaxZoneStack& stack, const VXSyntaxLine& line, uint64_t fr
     const VXSyntaxZoneDefinition& definition = *open.zone.definition;
     uint64_t found = kNotFound;
     if (!backrefEndPattern(definition)) {
-        if (definition.endPattern->searchRegex()) {
+        if (definition.endPattern->searchable()) {
             found = state.searches.nextMatch(*definition.endPattern, line, from, state.region());
         } else {
             for (uint64_t p = from; p <= line.contentLength && found == kNotFound; p = VXSyntaxNextCharacter(line.text, p))

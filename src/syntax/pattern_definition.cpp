@@ -137,13 +137,19 @@ uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load()
 
 void VXSyntaxPatternDefinition::prepareSearch() const {
     std::call_once(m_searchOnce, [this] {
-        const std::u16string expression = searchExpression();
-        if (!expression.empty()) m_searchRegex = compileSearch(expression);
-        if (m_searchRegex) m_searchId = nextSearchId++;
-        if (!m_searchRegex || beforeAnchor) return;
-        m_prefilter = kindPrefilter();
-        if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
-        if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
+        if (kindScansItself() || beforeAnchor) {
+            m_searchable = true;  // a scan of its own, or only the line's start to try
+        } else {
+            m_prefilter = kindPrefilter();
+            if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
+            if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
+            if (!m_prefilter) {
+                const std::u16string expression = searchExpression();
+                if (!expression.empty()) m_searchRegex = compileSearch(expression);
+            }
+            m_searchable = m_prefilter || m_searchRegex;
+        }
+        if (m_searchable) m_searchId = nextSearchId++;
     });
     m_searchReady.store(true, std::memory_order_release);
 }
@@ -210,13 +216,14 @@ std::unique_ptr<VXSyntaxPatternDefinition> VXSyntaxPatternDefinition::patternWit
 
 uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
                                              VXRegexPrefilter::Memo* memo) const {
-    const VXRegex* regex = searchRegex();
+    ensureSearch();
+    if (beforeAnchor) return from == 0 && matchAt(line, 0, region) ? 0 : kNotFound;
     const std::u16string_view text = line.text;
     if (!m_prefilter) {
-        const auto found = regex->search(text, from, text.size(), region);
+        const auto found = m_searchRegex->search(text, from, text.size(), region);
         return found ? *found : kNotFound;
     }
-    // The expression is tried only where its first character (and the one before) allow a
+    // The pattern is tested only where its first character (and the one before) allow a
     // match; a match needs at least one character, so the text's end is never a candidate.
     const VXCharFilter& first = m_prefilter->first;
     for (uint64_t p = from; p < text.size();) {
@@ -225,7 +232,7 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
             ++p;
             continue;
         }
-        if (m_prefilter->admits(text, p, memo) && regex->matchAt(text, p, region)) return p;
+        if (m_prefilter->admits(text, p, memo) && matchAt(line, p, region)) return p;
         p = VXSyntaxNextCharacterIn(text, p);
     }
     return kNotFound;
@@ -242,6 +249,7 @@ void VXSyntaxLiteralPatternDefinition::addFirstCharacter(char16_t c, bool ignori
 
 uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
                                                     VXRegexPrefilter::Memo*) const {
+    if (beforeAnchor) return from == 0 && matchAt(line, 0, region) ? 0 : kNotFound;
     const std::u16string_view text = line.text;
     for (uint64_t p = from; p < text.size();) {
         const char16_t c = text[p];

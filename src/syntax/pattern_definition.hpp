@@ -80,21 +80,23 @@ public:
     // expression that uses \G, whose meaning depends on where a search starts).
     std::u16string searchExpression() const;
     VXRegexOptions searchOptions() const;
-    // The search expression compiled once (null when there is none or it does not compile).
-    const VXRegex* searchRegex() const {
-        if (!m_searchReady.load(std::memory_order_acquire)) prepareSearch();
-        return m_searchRegex.get();
+    // Whether findNext can find the pattern (decided once): strings and lists always, by
+    // testing the positions where one of their words begins; a regular expression by testing
+    // the positions its prefilter admits, or else with its search expression; not one that
+    // uses \G.
+    bool searchable() const {
+        ensureSearch();
+        return m_searchable;
     }
-    // A number of its own for each pattern that has a search expression (dense, from 0), so
-    // that a line's search results can be kept in an array.
+    // A number of its own for each searchable pattern (dense, from 0), so that a line's search
+    // results can be kept in an array.
     uint32_t searchId() const {
-        searchRegex();
+        ensureSearch();
         return m_searchId;
     }
     static uint32_t searchIdCount();
-    // The leftmost position at or after `from` where matchAt succeeds, or kNotFound: found
-    // with the search expression, or for literal kinds by testing the positions whose first
-    // character can start a match (faster than the expression engine for keyword lists).
+    // The leftmost position at or after `from` where matchAt succeeds, or kNotFound (see
+    // searchable(): the pattern must be).
     // `memo` (optional) carries what a scan learned about the line to the next scan of it.
     virtual uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
                               VXRegexPrefilter::Memo* memo = nullptr) const;
@@ -114,13 +116,20 @@ protected:
     virtual std::optional<VXRegexPrefilter> kindPrefilter() const { return std::nullopt; }
     // Compiles the search expression.
     virtual std::shared_ptr<const VXRegex> compileSearch(const std::u16string& expression) const;
+    // Whether the kind's findNext finds it without a search expression (strings and lists).
+    virtual bool kindScansItself() const { return false; }
     std::string flagsRepresentation() const;
 
 private:
     uint32_t m_patternType;
+    void ensureSearch() const {
+        if (!m_searchReady.load(std::memory_order_acquire)) prepareSearch();
+    }
     void prepareSearch() const;
     mutable std::once_flag m_searchOnce;
     mutable std::atomic<bool> m_searchReady{false};  // the fast way past m_searchOnce
+    mutable bool m_searchable = false;
+    // The search expression compiled, when the pattern is searched with it.
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
     mutable uint32_t m_searchId = UINT32_MAX;
     // Where the search expression can match, when knowing it lets a scan skip most positions.
@@ -137,6 +146,7 @@ protected:
     using VXSyntaxPatternDefinition::VXSyntaxPatternDefinition;
     // Records a word's first character (both cases when case is ignored).
     void addFirstCharacter(char16_t c, bool ignoringCase);
+    bool kindScansItself() const override { return true; }
     std::array<bool, 128> m_asciiFirst{};
     bool m_otherFirst = false;  // some word begins outside ASCII
 };
