@@ -4,11 +4,13 @@
 // are tried in file order (groups and includes expanded depth first, each definition once)
 // and the first that matches wins. Trying every candidate at every position is slow; the same
 // winner is found from, for each candidate, the leftmost position at or after the current one
-// where it matches: the smallest of those wins, the earliest candidate on a tie. Strings and
-// word lists are searched as literal expressions, and the boundary and anchor flags are written
-// into each expression, so that a match a search finds is a match the anchored test accepts.
-// A match found further along a line stays the next one until the position passes it, so each
-// pattern is searched again only then (VXSyntaxSearchCache), whichever zone asks.
+// where it matches: the smallest of those wins, the earliest candidate on a tie. Each pattern
+// finds that position itself (VXSyntaxPatternDefinition::findNext): strings and word lists, and
+// expressions whose prefilter tells where a match can begin (regex_prefilter.hpp), test those
+// positions with their own anchored match; other expressions are searched with the flags
+// written into them. A match found further along a line stays the next one until the position
+// passes it, so each pattern is searched again only then (VXSyntaxSearchCache), whichever zone
+// asks.
 //
 // Why not Oniguruma's regex sets, which answer "leftmost, earliest expression first" in one
 // call: each call starts every expression's own scan for its literal prefix afresh, so one
@@ -45,7 +47,7 @@ std::vector<const VXSyntaxZoneDefinition*> flattenCandidates(const VXSyntaxZoneD
 class VXSyntaxSearchCache {
 public:
     void beginLine() { ++m_line; }
-    // The leftmost position at or after `from` where the pattern's search expression matches
+    // The leftmost position at or after `from` where the pattern matches (see findNext)
     // (up to the end of the line's text, its break included), or kNotFound.
     uint64_t nextMatch(const VXSyntaxPatternDefinition& pattern, const VXSyntaxLine& line, uint64_t from,
                        VXRegexRegion* region) {

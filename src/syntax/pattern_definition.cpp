@@ -19,49 +19,6 @@ uint64_t VXSyntaxNextCharacterIn(std::u16string_view text, uint64_t position) {
 
 char16_t foldAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
 bool isAsciiLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
-bool isAsciiAlnum(char16_t c) { return isAsciiLetter(c) || (c >= u'0' && c <= u'9'); }
-
-void appendHex(std::u16string& out, uint32_t code) {
-    static const char16_t digits[] = u"0123456789ABCDEF";
-    char16_t buffer[8];
-    int n = 0;
-    do {
-        buffer[n++] = digits[code & 0xF];
-        code >>= 4;
-    } while (code);
-    out += u"\\x{";
-    while (n) out += buffer[--n];
-    out += u'}';
-}
-
-// A literal text as an expression that matches exactly it: ASCII letters and digits as they
-// are (letters as a two-letter class when case is ignored), anything else as a code point.
-// Ignoring case stays within ASCII, as the anchored comparison does. Nothing when the text holds
-// an unpaired surrogate, which no expression can name.
-std::optional<std::u16string> literalExpression(std::u16string_view text, bool caseInsensitive) {
-    std::u16string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i];
-        if (caseInsensitive && isAsciiLetter(c)) {
-            const char16_t lower = foldAscii(c);
-            out += u'[';
-            out += lower;
-            out += static_cast<char16_t>(lower - 32);
-            out += u']';
-        } else if (isAsciiAlnum(c)) {
-            out += c;
-        } else if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-            appendHex(out, 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00));
-            ++i;
-        } else if (c >= 0xD800 && c <= 0xDFFF) {
-            return std::nullopt;
-        } else {
-            appendHex(out, c);
-        }
-    }
-    return out;
-}
-
 // \G means "where the search started", which differs between an anchored test and a search.
 bool usesSearchStart(std::u16string_view expression) {
     for (size_t i = 0; i + 1 < expression.size(); ++i) {
@@ -98,7 +55,7 @@ std::optional<uint64_t> VXSyntaxPatternDefinition::matchAt(const VXSyntaxLine& l
     return length;
 }
 
-std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSpacing,
+std::u16string expressionWithFlags(std::u16string body, bool freeSpacing,
                                    const VXSyntaxPatternDefinition& flags) {
     const bool after = flags.afterWordBoundary || flags.afterAnchor;
     if (!flags.beforeWordBoundary && !flags.beforeAnchor && !after) return body;
@@ -108,7 +65,7 @@ std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSp
     if (flags.beforeAnchor) out += u"\\A";
     // The flags are tested on the match the pattern itself makes: an atomic group keeps a
     // failed right-hand test from backtracking into a different (shorter) match.
-    out += after && !atomic ? u"(?>" : u"(?:";
+    out += after ? u"(?>" : u"(?:";
     out += body;
     if (freeSpacing) out += u'\n';  // ends a trailing comment
     out += u')';
@@ -120,7 +77,7 @@ std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSp
 std::u16string VXSyntaxPatternDefinition::searchExpression() const {
     std::u16string body = kindExpression();
     if (body.empty()) return body;
-    return expressionWithFlags(std::move(body), kindExpressionIsAtomic(), searchOptions().freeSpacing, *this);
+    return expressionWithFlags(std::move(body), searchOptions().freeSpacing, *this);
 }
 
 VXRegexOptions VXSyntaxPatternDefinition::searchOptions() const {
@@ -278,10 +235,6 @@ std::optional<uint64_t> VXSyntaxPatternStringDefinition::kindMatchAt(const VXSyn
     return string.size();
 }
 
-std::u16string VXSyntaxPatternStringDefinition::kindExpression() const {
-    return literalExpression(string, caseInsensitive).value_or(std::u16string());
-}
-
 std::string VXSyntaxPatternStringDefinition::selfmlDebuggingRepresentation() const {
     return quoted(string) + flagsRepresentation();
 }
@@ -297,21 +250,6 @@ VXSyntaxPatternListDefinition::VXSyntaxPatternListDefinition(std::vector<std::u1
 std::optional<uint64_t> VXSyntaxPatternListDefinition::kindMatchAt(const VXSyntaxLine& line, uint64_t position,
                                                                    VXRegexRegion*, const VXRegex*) const {
     return hashTrie.longestMatchAt(line.text, position);
-}
-
-std::u16string VXSyntaxPatternListDefinition::kindExpression() const {
-    // Longest words first: the first alternative that matches is then the longest word there.
-    std::vector<std::u16string> words = strings;
-    std::stable_sort(words.begin(), words.end(), [](const auto& a, const auto& b) { return a.size() > b.size(); });
-    std::u16string out = u"(?>";
-    for (size_t i = 0; i < words.size(); ++i) {
-        auto literal = literalExpression(words[i], caseInsensitive);
-        if (!literal) return {};
-        if (i) out += u'|';
-        out += *literal;
-    }
-    out += u')';
-    return out;
 }
 
 std::string VXSyntaxPatternListDefinition::selfmlDebuggingRepresentation() const {
@@ -376,7 +314,7 @@ std::shared_ptr<const VXSyntaxEndPatternInstance> VXSyntaxPatternRegexDefinition
         const VXRegexOptions options{caseInsensitive, freeSpacing};
         instance->anchored = VXRegex::compile(expanded, options);
         if (instance->anchored && !usesSearchStart(expanded))
-            instance->search = VXRegex::compile(expressionWithFlags(expanded, false, freeSpacing, *this), options);
+            instance->search = VXRegex::compile(expressionWithFlags(expanded, freeSpacing, *this), options);
         slot = std::move(instance);
     }
     return slot;

@@ -108,10 +108,9 @@ protected:
     // The kind's own anchored test, without flags.
     virtual std::optional<uint64_t> kindMatchAt(const VXSyntaxLine& line, uint64_t position, VXRegexRegion* region,
                                                 const VXRegex* instanceRegex) const = 0;
-    // The kind's own expression, without flags; empty when it cannot be written as one.
-    virtual std::u16string kindExpression() const = 0;
-    // Whether kindExpression already commits to one match (so no atomic group is needed).
-    virtual bool kindExpressionIsAtomic() const { return false; }
+    // The kind's own expression, without flags; empty when it has none (strings and lists scan
+    // for themselves).
+    virtual std::u16string kindExpression() const { return {}; }
     // What the kind's matches can begin with, when it can be told (regular expressions).
     virtual std::optional<VXRegexPrefilter> kindPrefilter() const { return std::nullopt; }
     // Compiles the search expression.
@@ -132,7 +131,7 @@ private:
     // The search expression compiled, when the pattern is searched with it.
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
     mutable uint32_t m_searchId = UINT32_MAX;
-    // Where the search expression can match, when knowing it lets a scan skip most positions.
+    // Where a match can begin, when knowing it lets a scan skip most positions.
     mutable std::optional<VXRegexPrefilter> m_prefilter;
 };
 
@@ -159,7 +158,6 @@ public:
 
 protected:
     std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
-    std::u16string kindExpression() const override;
 };
 
 class VXSyntaxPatternListDefinition : public VXSyntaxLiteralPatternDefinition {
@@ -171,8 +169,6 @@ public:
 
 protected:
     std::optional<uint64_t> kindMatchAt(const VXSyntaxLine&, uint64_t, VXRegexRegion*, const VXRegex*) const override;
-    std::u16string kindExpression() const override;
-    bool kindExpressionIsAtomic() const override { return true; }
 };
 
 class VXSyntaxPatternRegexDefinition : public VXSyntaxPatternDefinition {
@@ -206,7 +202,7 @@ private:
 };
 
 // Wraps an expression so that the pattern's flags are tested inside it.
-std::u16string expressionWithFlags(std::u16string body, bool atomic, bool freeSpacing,
+std::u16string expressionWithFlags(std::u16string body, bool freeSpacing,
                                    const VXSyntaxPatternDefinition& flags);
 
 }  // namespace vx
