@@ -1,8 +1,9 @@
 // Language definitions from any bytes, then a text highlighted with them. The input is the
 // definition, a NUL byte, and the text; the definition is also what every other language name
 // resolves to, so that includes across languages and `$base` are exercised. Besides memory safety
-// under the sanitizers it checks that every event lies within the text and that the context
-// handed to the next line holds only start/end zones.
+// under the sanitizers it checks that every event lies within the text, that the context
+// handed to the next line holds only start/end zones, and that the searching line loop gives
+// the events and contexts of the position-by-position one.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "syntax/document_highlighter.hpp"
 #include "syntax/mapped_string.hpp"
 #include "syntax/zone_manager.hpp"
+#include "syntax_test_support.hpp"
 
 namespace {
 
@@ -46,5 +48,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             check(!open.definition || open.definition == ruleset->rootDefinition() || open.definition->isStartEnd());
     }
     vx::formatScopes(lines);
+
+    const auto literal = vx::test::highlightLiterally(text, *ruleset);
+    check(literal.size() == lines.size());
+    check(vx::formatEvents(literal) == vx::formatEvents(lines));
+    for (size_t n = 0; n < lines.size(); ++n) check(literal[n].startContext.toString() == lines[n].startContext.toString());
     return 0;
 }
