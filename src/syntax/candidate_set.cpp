@@ -47,7 +47,12 @@ uint64_t VXSyntaxSearchCache::search(const VXSyntaxPatternDefinition& pattern, u
     if (entry.line != m_line) entry.memo = {};
     entry.line = m_line;
     entry.from = from;
-    entry.found = pattern.findNext(line, from, region, &entry.memo);
+    // A pattern that needs a character the line lacks is passed over without a scan.
+    if (m_presentLine != m_line) {
+        m_present = VXCharFilter::of(line.text);
+        m_presentLine = m_line;
+    }
+    entry.found = pattern.mayOccurIn(m_present) ? pattern.findNext(line, from, region, &entry.memo) : kNotFound;
     return entry.found;
 }
 

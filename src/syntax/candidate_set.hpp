@@ -75,6 +75,9 @@ private:
     };
     std::vector<Entry> m_entries;
     uint64_t m_line = 1;
+    // The units of the current line, found when first needed.
+    VXCharFilter m_present;
+    uint64_t m_presentLine = 0;
 };
 
 class VXCandidateSet {

@@ -94,10 +94,11 @@ uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load()
 
 void VXSyntaxPatternDefinition::prepareSearch() const {
     std::call_once(m_searchOnce, [this] {
+        m_shape = kindPrefilter();
         if (kindScansItself() || beforeAnchor) {
             m_searchable = true;  // a scan of its own, or only the line's start to try
         } else {
-            m_prefilter = kindPrefilter();
+            m_prefilter = m_shape;
             if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
             if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
             if (!m_prefilter) {
@@ -215,6 +216,14 @@ uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, ui
         p = (c >= 0xD800 && c <= 0xDBFF) ? VXSyntaxNextCharacterIn(text, p) : p + 1;
     }
     return kNotFound;
+}
+
+std::optional<VXRegexPrefilter> VXSyntaxLiteralPatternDefinition::kindPrefilter() const {
+    VXRegexPrefilter shape;
+    shape.first = VXCharFilter();
+    for (char16_t c = 0; c < 128; ++c) shape.first.ascii[c] = m_asciiFirst[c];
+    shape.first.other = m_otherFirst;
+    return shape;
 }
 
 // --- strings ----------------------------------------------------------------------------

@@ -88,6 +88,11 @@ public:
         ensureSearch();
         return m_searchable;
     }
+    // Whether a line holding just the units `present` can hold a match (true when unknown).
+    bool mayOccurIn(const VXCharFilter& present) const {
+        ensureSearch();
+        return !m_shape || m_shape->mayMatchIn(present);
+    }
     // A number of its own for each searchable pattern (dense, from 0), so that a line's search
     // results can be kept in an array.
     uint32_t searchId() const {
@@ -131,6 +136,8 @@ private:
     // The search expression compiled, when the pattern is searched with it.
     mutable std::shared_ptr<const VXRegex> m_searchRegex;
     mutable uint32_t m_searchId = UINT32_MAX;
+    // What a match needs, when the kind can tell (see mayOccurIn).
+    mutable std::optional<VXRegexPrefilter> m_shape;
     // Where a match can begin, when knowing it lets a scan skip most positions.
     mutable std::optional<VXRegexPrefilter> m_prefilter;
 };
@@ -146,6 +153,7 @@ protected:
     // Records a word's first character (both cases when case is ignored).
     void addFirstCharacter(char16_t c, bool ignoringCase);
     bool kindScansItself() const override { return true; }
+    std::optional<VXRegexPrefilter> kindPrefilter() const override;
     std::array<bool, 128> m_asciiFirst{};
     bool m_otherFirst = false;  // some word begins outside ASCII
 };

@@ -591,6 +591,13 @@ bool VXRegexPrefilter::chainAdmits(std::u16string_view text, uint64_t position, 
     return stageAdmits(chain, 0, text, position, memo);
 }
 
+bool VXRegexPrefilter::mayMatchIn(const VXCharFilter& present) const {
+    if (!first.meets(present)) return false;
+    for (const Stage& stage : chain)
+        if (!stage.required.meets(present)) return false;
+    return true;
+}
+
 bool VXRegexPrefilter::worthScanning() const {
     if (constrainsPrevious || !chain.empty()) return true;
     size_t letters = 0;

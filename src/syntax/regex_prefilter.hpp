@@ -28,6 +28,16 @@ struct VXCharFilter {
 
     bool contains(char16_t c) const { return c < 128 ? ascii[c] : other; }
     bool isEverything() const { return other && ascii.all(); }
+    bool meets(const VXCharFilter& set) const { return (ascii & set.ascii).any() || (other && set.other); }
+    // The units of a text.
+    static VXCharFilter of(std::u16string_view text) {
+        VXCharFilter units;
+        for (char16_t c : text) {
+            if (c < 128) units.ascii[c] = true;
+            else units.other = true;
+        }
+        return units;
+    }
     static VXCharFilter everything() {
         VXCharFilter all;
         all.ascii.set();
@@ -76,6 +86,11 @@ struct VXRegexPrefilter {
         return chain.empty() || chainAdmits(text, position, memo);
     }
     bool chainAdmits(std::u16string_view text, uint64_t position, Memo* memo) const;
+
+    // Whether a text holding the units `present` (and no others) can hold a match: one of the
+    // first units, and one of each stage's required ones, must be among them. Lets a search
+    // pass over a line at once.
+    bool mayMatchIn(const VXCharFilter& present) const;
     // Whether skipping positions this way is likely to beat the expression engine's own
     // search: a first character that is common in source text (most letters) with nothing
     // known of the character before lets through nearly every position.

@@ -28,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (size_t p = 0; p < subject.size(); p = vx::VXSyntaxNextCharacter(subject, p)) {
         const bool admitted = filter->admits(subject, p);
         if (filter->admits(subject, p, &memo) != admitted) std::abort();
-        if (regex->matchAt(subject, p, region.get()) && !admitted) std::abort();
+        if (regex->matchAt(subject, p, region.get()) && (!admitted || !filter->mayMatchIn(vx::VXCharFilter::of(subject))))
+            std::abort();
     }
     return 0;
 }

@@ -104,6 +104,9 @@ TEST(RegexPrefilter, ReadsRunsAndTheCharactersThatMustEndThem) {
     EXPECT_FALSE(call->admits(u"foo + bar", 0));
     EXPECT_FALSE(call->admits(u"foo   ", 0));                // the line ends before "("
     EXPECT_TRUE(call->admits(u"fo\u00e9 + bar", 0));        // beyond ASCII: not ruled out
+    // A line without "(" holds no call at all.
+    EXPECT_FALSE(call->mayMatchIn(VXCharFilter::of(u"foo = bar;")));
+    EXPECT_TRUE(call->mayMatchIn(VXCharFilter::of(u"foo = bar();")));
     // "#" before a letter, one required after the other.
     const auto hash = prefilterOf("#[a-z]+:");
     ASSERT_TRUE(hash);
@@ -185,6 +188,8 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
                                                                              << utf8FromUtf16(subject) << "\"";
                     if (!regex->matchAt(subject, p, region.get())) continue;
                     ++matches;
+                    ASSERT_TRUE(filter->mayMatchIn(VXCharFilter::of(subject)))
+                        << expression << " matches in \"" << utf8FromUtf16(subject) << "\"";
                     ASSERT_TRUE(admitted)
                         << expression << (caseInsensitive ? " (ignore-case)" : "") << " matches at " << p << " of \""
                         << utf8FromUtf16(subject) << "\", seed " << seed;
