@@ -115,7 +115,20 @@ Info consuming(const VXCharFilter& set, bool exact = true) {
     info.alphabetExact = exact;
     return info;
 }
-Info anything() { return consuming(VXCharFilter::everything(), false); }
+// Something that matches at least one character, of any kind and perhaps several (a letter
+// beyond ASCII with case ignored: "ß" matches "ss").
+Info anything() {
+    Info info = consuming(VXCharFilter::everything(), false);
+    info.oneCharacter = false;
+    return info;
+}
+// An escape the analysis does not know: perhaps a test that matches nothing (\y), perhaps
+// several characters (\R matches CR LF).
+Info unknown() {
+    Info info = anything();
+    info.nullable = true;
+    return info;
+}
 const Info kZeroWidth{};
 
 bool disjointInAscii(const VXCharFilter& a, const VXCharFilter& b) { return (a.ascii & b.ascii).none(); }
@@ -327,7 +340,7 @@ private:
         case u'.': return consuming(VXCharFilter::everything());
         case u'^': case u'$': return kZeroWidth;
         case u'[': {
-            auto set = characterClass(depth);
+            auto set = characterClass();
             if (!set) return std::nullopt;
             return consuming(*set);
         }
@@ -357,9 +370,9 @@ private:
         }
         // Back-references, subexpression calls, \K and octal escapes: beyond the analysis.
         if (isDigit(c) || c == u'k' || c == u'g' || c == u'K') return fail();
-        // Other letters (properties, \R, \X, ...): one character of any kind, or a zero-width
-        // test; "anything" covers both.
-        if (isAsciiLetter(c)) return anything();
+        // Other letters (properties, \R, \X, \y, ...): beyond the analysis too, but only this
+        // piece of the expression.
+        if (isAsciiLetter(c)) return unknown();
         if (m_caseInsensitive && c >= 128) return anything();
         return consuming(single(c, m_caseInsensitive));
     }
@@ -418,6 +431,9 @@ private:
             while (!atEnd() && peek() != u')') ++m_at;
             if (atEnd()) return fail();
             ++m_at;
+            // The engine drops a comment before reading on: a quantifier after it repeats
+            // whatever came before the comment.
+            if (isQuantifier(peek())) return fail();
             return kZeroWidth;
         }
         if (kind == u'<' && (peek(1) == u'=' || peek(1) == u'!')) {
@@ -484,8 +500,7 @@ private:
     }
 
     // After "[": the class's members, through its "]".
-    std::optional<VXCharFilter> characterClass(int depth) {
-        if (depth > kMaxDepth) return fail();
+    std::optional<VXCharFilter> characterClass() {
         bool negated = false;
         if (peek() == u'^') {
             negated = true;
@@ -495,14 +510,9 @@ private:
         VXCharFilter set;
         while (!atEnd() && peek() != u']') {
             if (peek() == u'&' && peek(1) == u'&') return fail();
-            if (peek() == u'[') {
-                if (peek(1) == u':') return fail();  // POSIX brackets
-                ++m_at;
-                auto nested = characterClass(depth + 1);
-                if (!nested) return std::nullopt;
-                set = set | *nested;
-                continue;
-            }
+            // POSIX brackets, and classes inside classes: Oniguruma reads nested negations in
+            // ways a plain union and complement do not predict.
+            if (peek() == u'[') return fail();
             std::optional<VXCharFilter> shorthand;
             auto from = classCharacter(shorthand);
             if (!from) {

@@ -124,7 +124,10 @@ TEST(RegexPrefilter, ReadsRunsAndTheCharactersThatMustEndThem) {
 TEST(RegexPrefilter, DeclinesWhatItCannotRead) {
     for (const char* expression :
          {"a*", "(?:x|)", "\\b", ".", "\\1a", "(a)\\k<1>", "(?x) a", "(?(1)a|b)", "[[:alpha:]]", "[a&&b]", "\\p{Alpha}",
-          "(?~abc)", "[]a]", "(?<=x)?y", "\\0", "x|\\W|\\w"}) {
+          "(?~abc)", "[]a]", "(?<=x)?y", "\\0", "x|\\W|\\w",
+          // Found by the fuzzer: a quantifier after a comment repeats what came before it, and
+          // Oniguruma reads negations inside classes in its own way.
+          "a(?#c)*", "[x[^y]]", "[^a[^b]]"}) {
         EXPECT_FALSE(prefilterOf(expression)) << expression;
     }
 }
@@ -142,7 +145,9 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
         // Runs and required characters.
         "[A-Za-z_$][\\w$]*(?=\\s*\\()", "#?[a-z]\\w*(?=\\s*[:=])", "([a-z][\\w.]*)?(`)", "\\w*\\$[\\w$]*",
         "(?:ab)+c", "[a-c]+d[e-f]+g", "x(?=y|w)w", "(?i)[a-c]+d", "\\s*(#)\\s*(if)\\b", "a+(?=b*c)", "[^a]+a",
-        "k+s", "(?i)k+z", "[\u00e9a]+b", "a(?!b)\\w*c", "a*?b", "(?:a|bc)*d", "a{2,}b{0}c"};
+        "k+s", "(?i)k+z", "[\u00e9a]+b", "a(?!b)\\w*c", "a*?b", "(?:a|bc)*d", "a{2,}b{0}c",
+        // Escapes that match nothing or several characters (found by the fuzzer).
+        "\\h\\y", "a\\Rb", "(?i)a\u00dfc"};
     const char16_t extras[] = {u'\u00e9', u'\u00c9', u'\u212a', u'\u017f', u'\u00df', u'\u263a', u'\r', u'\n', u'\t', u' '};
     const unsigned seed = std::random_device{}();
     std::mt19937 random(seed);
@@ -164,7 +169,8 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
             int matches = 0;
             // Subjects that some of the expressions match, then random ones.
             const char16_t* const fixed[] = {u"aac", u"adeg", u"bcdfeg", u" #if ", u"\t#if(", u"ac", u"abbc", u"xww",
-                                             u"foo (", u"$a$", u"abc`", u"kkks", u"\u212Az"};
+                                             u"foo (", u"$a$", u"abc`", u"kkks", u"\u212Az", u"ad",
+                                             u"a\r\nb", u"assc"};
             for (int round = 0; round < 3000 + static_cast<int>(std::size(fixed)); ++round) {
                 std::u16string subject;
                 if (round >= 3000) subject = fixed[round - 3000];
