@@ -105,13 +105,4 @@ private:
     std::vector<uint32_t> m_positional;  // candidates tried position by position, in order
 };
 
-// The next position after `position`: a surrogate pair counts as one character, so that no
-// match is ever tried inside one.
-inline uint64_t VXSyntaxNextCharacter(std::u16string_view text, uint64_t position) {
-    if (position + 1 < text.size() && text[position] >= 0xD800 && text[position] <= 0xDBFF &&
-        text[position + 1] >= 0xDC00 && text[position + 1] <= 0xDFFF)
-        return position + 2;
-    return position + 1;
-}
-
 }  // namespace vx

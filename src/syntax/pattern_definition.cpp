@@ -10,13 +10,6 @@
 namespace vx {
 namespace {
 
-uint64_t VXSyntaxNextCharacterIn(std::u16string_view text, uint64_t position) {
-    if (position + 1 < text.size() && text[position] >= 0xD800 && text[position] <= 0xDBFF &&
-        text[position + 1] >= 0xDC00 && text[position + 1] <= 0xDFFF)
-        return position + 2;
-    return position + 1;
-}
-
 char16_t foldAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
 bool isAsciiLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
 // \G means "where the search started", which differs between an anchored test and a search.
@@ -95,12 +88,12 @@ uint32_t VXSyntaxPatternDefinition::searchIdCount() { return nextSearchId.load()
 void VXSyntaxPatternDefinition::prepareSearch() const {
     std::call_once(m_searchOnce, [this] {
         m_shape = kindPrefilter();
-        if (kindScansItself() || beforeAnchor) {
-            m_searchable = true;  // a scan of its own, or only the line's start to try
+        if (beforeAnchor) {
+            m_searchable = true;  // only the line's start to try
         } else {
             m_prefilter = m_shape;
             if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
-            if (m_prefilter && !m_prefilter->worthScanning()) m_prefilter.reset();
+            if (m_prefilter && !kindAlwaysScans() && !m_prefilter->worthScanning()) m_prefilter.reset();
             if (!m_prefilter) {
                 const std::u16string expression = searchExpression();
                 if (!expression.empty()) m_searchRegex = compileSearch(expression);
@@ -191,38 +184,23 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
             continue;
         }
         if (m_prefilter->admits(text, p, memo) && matchAt(line, p, region)) return p;
-        p = VXSyntaxNextCharacterIn(text, p);
+        p = VXSyntaxNextCharacter(text, p);
     }
     return kNotFound;
 }
 
 void VXSyntaxLiteralPatternDefinition::addFirstCharacter(char16_t c, bool ignoringCase) {
     if (c >= 128) {
-        m_otherFirst = true;
+        m_first.other = true;
         return;
     }
-    m_asciiFirst[c] = true;
-    if (ignoringCase && isAsciiLetter(c)) m_asciiFirst[c ^ 0x20] = true;
-}
-
-uint64_t VXSyntaxLiteralPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
-                                                    VXRegexPrefilter::Memo*) const {
-    if (beforeAnchor) return from == 0 && matchAt(line, 0, region) ? 0 : kNotFound;
-    const std::u16string_view text = line.text;
-    for (uint64_t p = from; p < text.size();) {
-        const char16_t c = text[p];
-        if ((c < 128 ? m_asciiFirst[c] : m_otherFirst) && matchAt(line, p, region)) return p;
-        // Characters step as the expression engine steps: a surrogate pair at once.
-        p = (c >= 0xD800 && c <= 0xDBFF) ? VXSyntaxNextCharacterIn(text, p) : p + 1;
-    }
-    return kNotFound;
+    m_first.ascii[c] = true;
+    if (ignoringCase && isAsciiLetter(c)) m_first.ascii[c ^ 0x20] = true;
 }
 
 std::optional<VXRegexPrefilter> VXSyntaxLiteralPatternDefinition::kindPrefilter() const {
     VXRegexPrefilter shape;
-    shape.first = VXCharFilter();
-    for (char16_t c = 0; c < 128; ++c) shape.first.ascii[c] = m_asciiFirst[c];
-    shape.first.other = m_otherFirst;
+    shape.first = m_first;
     return shape;
 }
 

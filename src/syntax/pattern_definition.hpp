@@ -10,7 +10,6 @@
 // (the same test written so that Oniguruma can search for it; see candidate_set.hpp).
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -36,6 +35,15 @@ struct VXSyntaxLine {
     uint64_t contentLength = 0;
     uint64_t documentOffset = 0;  // where the line starts in the document
 };
+
+// The next position after `position`: a surrogate pair counts as one character, so that no
+// match is ever tried inside one.
+inline uint64_t VXSyntaxNextCharacter(std::u16string_view text, uint64_t position) {
+    if (position + 1 < text.size() && text[position] >= 0xD800 && text[position] <= 0xDBFF &&
+        text[position + 1] >= 0xDC00 && text[position + 1] <= 0xDFFF)
+        return position + 2;
+    return position + 1;
+}
 
 // Word characters, for the boundary flags: ASCII letters, ASCII digits and "_" only.
 inline bool isSyntaxWordCharacter(char16_t c) {
@@ -103,8 +111,8 @@ public:
     // The leftmost position at or after `from` where matchAt succeeds, or kNotFound (see
     // searchable(): the pattern must be).
     // `memo` (optional) carries what a scan learned about the line to the next scan of it.
-    virtual uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
-                              VXRegexPrefilter::Memo* memo = nullptr) const;
+    uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
+                      VXRegexPrefilter::Memo* memo = nullptr) const;
 
     virtual std::string selfmlDebuggingRepresentation() const = 0;
 
@@ -120,8 +128,9 @@ protected:
     virtual std::optional<VXRegexPrefilter> kindPrefilter() const { return std::nullopt; }
     // Compiles the search expression.
     virtual std::shared_ptr<const VXRegex> compileSearch(const std::u16string& expression) const;
-    // Whether the kind's findNext finds it without a search expression (strings and lists).
-    virtual bool kindScansItself() const { return false; }
+    // Whether the kind is found by scanning whatever its prefilter (strings and lists, which
+    // have no expression to search with).
+    virtual bool kindAlwaysScans() const { return false; }
     std::string flagsRepresentation() const;
 
 private:
@@ -144,18 +153,13 @@ private:
 
 // What literal patterns share: the characters that can begin a match.
 class VXSyntaxLiteralPatternDefinition : public VXSyntaxPatternDefinition {
-public:
-    uint64_t findNext(const VXSyntaxLine& line, uint64_t from, VXRegexRegion* region,
-                      VXRegexPrefilter::Memo* memo = nullptr) const override;
-
 protected:
     using VXSyntaxPatternDefinition::VXSyntaxPatternDefinition;
     // Records a word's first character (both cases when case is ignored).
     void addFirstCharacter(char16_t c, bool ignoringCase);
-    bool kindScansItself() const override { return true; }
+    bool kindAlwaysScans() const override { return true; }
     std::optional<VXRegexPrefilter> kindPrefilter() const override;
-    std::array<bool, 128> m_asciiFirst{};
-    bool m_otherFirst = false;  // some word begins outside ASCII
+    VXCharFilter m_first;
 };
 
 class VXSyntaxPatternStringDefinition : public VXSyntaxLiteralPatternDefinition {
