@@ -12,7 +12,6 @@
 
 #include "platform/file_cache.hpp"
 #include "syntax/document_highlighter.hpp"
-#include "syntax/language_catalog.hpp"
 #include "syntax/mapped_string.hpp"
 #include "syntax_test_support.hpp"
 
@@ -27,25 +26,14 @@ void writeFile(const fs::path& path, const std::string& text) {
 }
 
 TEST(Golden, SamplesHighlightAsStored) {
-    const fs::path samples = test::BundledLanguages::samplesDirectory();
-    std::error_code error;
-    if (!fs::is_directory(samples, error)) GTEST_SKIP() << "no samples in " << samples;
     test::BundledLanguages bundled;
-    auto& catalog = bundled.catalog;
-    auto& manager = bundled.manager;
     const bool update = std::getenv("VX_UPDATE_GOLDEN") && std::string(std::getenv("VX_UPDATE_GOLDEN")) == "1";
 
     int compared = 0;
-    for (const auto& entry : fs::recursive_directory_iterator(samples, error)) {
-        const fs::path sample = entry.path();
-        const fs::path expected = sample.string() + ".scopes";
-        if (!entry.is_regular_file() || !fs::is_regular_file(expected, error)) continue;
-        const std::string bytes = *readWholeFile(sample.string());
-        const std::u16string text = utf16FromUtf8(bytes);
-        const VXLanguage* language = catalog.languageNamed(sample.parent_path().filename().string());
-        if (!language) language = catalog.detectLanguageForFilePath(sample.string(), text);
+    std::error_code error;
+    for (const auto& [sample, text, language, ruleset] : bundled.samples()) {
+        const fs::path expected = sample + ".scopes";
         ASSERT_NE(language, nullptr) << sample;
-        VXSyntaxRuleset* ruleset = manager.rulesetForLanguage(language->folderName);
         ASSERT_NE(ruleset, nullptr) << "cannot load " << language->name << " for " << sample;
 
         const std::string actual = formatScopes(highlightText(text, *ruleset));

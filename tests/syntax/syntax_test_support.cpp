@@ -1,7 +1,9 @@
 #include "syntax_test_support.hpp"
 
 #include <deque>
+#include <filesystem>
 
+#include "platform/file_cache.hpp"
 #include "syntax/mapped_string.hpp"
 
 namespace vx::test {
@@ -89,5 +91,21 @@ BundledLanguages::BundledLanguages() {
 }
 
 std::string BundledLanguages::samplesDirectory() { return std::string(VX_SOURCE_DIR) + "/tests/data/syntax"; }
+
+std::vector<BundledLanguages::Sample> BundledLanguages::samples() {
+    namespace fs = std::filesystem;
+    std::vector<Sample> out;
+    std::error_code error;
+    for (const auto& entry : fs::recursive_directory_iterator(samplesDirectory(), error)) {
+        const fs::path path = entry.path();
+        if (!entry.is_regular_file() || !fs::is_regular_file(path.string() + ".scopes", error)) continue;
+        Sample sample{path.string(), utf16FromUtf8(*readWholeFile(path.string()))};
+        sample.language = catalog.languageNamed(path.parent_path().filename().string());
+        if (!sample.language) sample.language = catalog.detectLanguageForFilePath(sample.path, sample.text);
+        if (sample.language) sample.ruleset = manager.rulesetForLanguage(sample.language->folderName);
+        out.push_back(std::move(sample));
+    }
+    return out;
+}
 
 }  // namespace vx::test

@@ -31,6 +31,15 @@ struct BundledLanguages {
     BundledLanguages();
     // tests/data/syntax: one folder of samples per language.
     static std::string samplesDirectory();
+    // Each sample with stored scopes beside it (<sample>.scopes), with its text and the ruleset
+    // of the language its folder names, or of the one chosen for the file (null when none loads).
+    struct Sample {
+        std::string path;
+        std::u16string text;
+        const VXLanguage* language = nullptr;
+        VXSyntaxRuleset* ruleset = nullptr;
+    };
+    std::vector<Sample> samples();
     VXLanguageCatalog catalog;
     VXSyntaxZoneManager manager;
 };
