@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "syntax/selfml/sfnode.hpp"
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfnode.hpp"
+#include "selfml/sfwriter.hpp"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "app/main_job.hpp"
 
 #include "app/editor/terminal_front_end.hpp"
-#include "selectors/settings/user_defaults_settings_context.hpp"
+#include "settings/user_defaults_settings_context.hpp"
 
 namespace vx::app {
 

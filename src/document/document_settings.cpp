@@ -4,7 +4,7 @@
 
 #include "document/default_detector.hpp"
 #include "platform/user_defaults.hpp"
-#include "selectors/settings/user_defaults_settings_context.hpp"
+#include "settings/user_defaults_settings_context.hpp"
 
 namespace vx {
 

@@ -19,7 +19,7 @@
 #include "document/indentation_context.hpp"
 #include "document/tab_setup.hpp"
 #include "platform/property_list.hpp"
-#include "selectors/settings/settings_context.hpp"
+#include "settings/settings_context.hpp"
 
 namespace vx {
 

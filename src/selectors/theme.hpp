@@ -16,7 +16,7 @@
 
 #include "selectors/color.hpp"
 #include "selectors/selector.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "syntax/mapped_string.hpp"
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfwriter.hpp"
 
 namespace vx {
 namespace {

@@ -24,7 +24,7 @@
 #include "syntax/regex.hpp"
 #include "syntax/regex_prefilter.hpp"
 #include "syntax/scope.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx {
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "syntax/scope.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 #include "syntax/zone_definition.hpp"
 
 namespace vx {

@@ -20,7 +20,7 @@
 
 #include "syntax/pattern_definition.hpp"
 #include "syntax/scope.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx {
 

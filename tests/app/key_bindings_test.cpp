@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/tui/key_bindings.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx::tui {
 namespace {

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "syntax/selfml/sfnode.hpp"
-#include "syntax/selfml/sfonode.hpp"
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfnode.hpp"
+#include "selfml/sfonode.hpp"
+#include "selfml/sfwriter.hpp"
 
 namespace {
 

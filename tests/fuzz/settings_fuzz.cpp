@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/property_list.hpp"
-#include "selectors/settings/settings_context.hpp"
+#include "settings/settings_context.hpp"
 
 namespace {
 

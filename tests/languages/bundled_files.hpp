@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx::test {
 

@@ -5,7 +5,7 @@
 
 #include "platform/file_cache.hpp"
 #include "support/temp_dir.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 using vx::SFOChild;
 using vx::SFONode;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "selectors/settings/settings_context.hpp"
+#include "settings/settings_context.hpp"
 
 using vx::PropertyValue;
 using vx::VXSettingsContext;

@@ -8,8 +8,8 @@
 #include "platform/file_cache.hpp"
 #include "platform/run_loop.hpp"
 #include "platform/user_defaults.hpp"
-#include "selectors/settings/settings_context.hpp"
-#include "selectors/settings/user_defaults_settings_context.hpp"
+#include "settings/settings_context.hpp"
+#include "settings/user_defaults_settings_context.hpp"
 #include "support/temp_dir.hpp"
 
 using namespace vx;

@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 
 #include "app/commands/command.hpp"
-#include "syntax/selfml/sfnode.hpp"
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfnode.hpp"
+#include "selfml/sfwriter.hpp"
 
 namespace vx::cli {
 namespace {

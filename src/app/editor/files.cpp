@@ -18,7 +18,7 @@
 #include "platform/atomic_file.hpp"
 #include "platform/file_cache.hpp"
 #include "platform/paths.hpp"
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx::editor {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 namespace vx::tui {
 namespace {

@@ -1,4 +1,4 @@
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfwriter.hpp"
 
 #include <vector>
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "syntax/selfml/sfnode.hpp"
+#include "selfml/sfnode.hpp"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "selectors/settings/settings_context.hpp"
+#include "settings/settings_context.hpp"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "syntax/selfml/sfnode.hpp"
+#include "selfml/sfnode.hpp"
 
 #include <cstdlib>
 #include <cstring>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/user_defaults.hpp"
-#include "selectors/settings/settings_context.hpp"
+#include "settings/settings_context.hpp"
 
 namespace vx {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "syntax/selfml/sfnode.hpp"
+#include "selfml/sfnode.hpp"
 
 namespace vx {
 

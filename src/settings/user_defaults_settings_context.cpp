@@ -1,4 +1,4 @@
-#include "selectors/settings/user_defaults_settings_context.hpp"
+#include "settings/user_defaults_settings_context.hpp"
 
 namespace vx {
 

@@ -17,7 +17,7 @@
 #include <variant>
 #include <vector>
 
-#include "syntax/selfml/sfnode.hpp"
+#include "selfml/sfnode.hpp"
 
 namespace vx {
 

@@ -1,9 +1,9 @@
-#include "syntax/selfml/sfonode.hpp"
+#include "selfml/sfonode.hpp"
 
 #include <cstring>
 
 #include "platform/file_cache.hpp"
-#include "syntax/selfml/sfwriter.hpp"
+#include "selfml/sfwriter.hpp"
 
 namespace vx {
 
