@@ -5,9 +5,13 @@
 //   screen  (optional) the first rows of the screen after, trailing blanks ignored
 //   size    (optional) the screen size, "WIDTHxHEIGHT" (default 60x12)
 //   tabs    (optional) the indentation, "<size> soft" or "<size> hard" (default "4 soft")
-// Each case runs with LF line breaks and again with CRLF.
+// Each case is a test of its own, named after its folder (move/word-right is
+// Keys/KeyScript.GivesItsExpectedTextSelectionAndScreen/move_word_right); it runs with LF line
+// breaks and again with CRLF.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -73,46 +77,60 @@ std::string trimRight(std::string text) {
     return text;
 }
 
-TEST(KeyScripts, EveryCaseGivesItsExpectedTextSelectionAndScreen) {
-    fs::path root = fs::path(VX_TEST_DATA_DIR) / "keys";
-    int cases = 0;
-    std::vector<fs::path> directories;
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        if (entry.is_directory() && fs::exists(entry.path() / "keys")) directories.push_back(entry.path());
-    std::sort(directories.begin(), directories.end());
-    for (const auto& directory : directories) {
-        auto in = readFile(directory / "in");
-        auto keys = readFile(directory / "keys");
-        auto out = readFile(directory / "out");
-        ASSERT_TRUE(in && keys && out) << directory << " needs in, keys and out";
-        int width = 60, height = 12;
-        if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
-        auto screen = readFile(directory / "screen");
-        int tabSize = 4;
-        char kind[8] = "soft";
-        if (auto tabs = readFile(directory / "tabs")) std::sscanf(tabs->c_str(), "%d %7s", &tabSize, kind);
-        for (bool crlf : {false, true}) {
-            SCOPED_TRACE(directory.lexically_relative(root).string() + (crlf ? " (CRLF)" : " (LF)"));
-            Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
-            Session session(width, height);
-            Tab& opened = session.openText(start.text, start.selection);
-            // As a document read from a CRLF file would be set up.
-            if (crlf) opened.setLineBreak(u"\r\n");
-            opened.setIndentation(tabSize, std::string_view(kind) == "soft");
-            session.send(*keys);
-            Tab* tab = session.editor().activeTab();
-            ASSERT_NE(tab, nullptr);
-            EXPECT_EQ(formatMarkup(tab->text().text(), tab->selection()), crlf ? withCrlf(*out) : *out);
-            if (screen && !crlf) {
-                std::istringstream rows(*screen);
-                std::string want;
-                for (int y = 0; std::getline(rows, want); ++y) EXPECT_EQ(trimRight(session.row(y)), trimRight(want)) << "row " << y;
-            }
-        }
-        ++cases;
-    }
-    EXPECT_GT(cases, 10);
+fs::path casesRoot() { return fs::path(VX_TEST_DATA_DIR) / "keys"; }
+
+// Every folder under tests/data/keys that holds a key script, in a stable order.
+std::vector<fs::path> caseFolders() {
+    std::vector<fs::path> folders;
+    for (const auto& entry : fs::recursive_directory_iterator(casesRoot()))
+        if (entry.is_directory() && fs::exists(entry.path() / "keys")) folders.push_back(entry.path());
+    std::sort(folders.begin(), folders.end());
+    return folders;
 }
+
+// A case's test name is its folder under keys/, e.g. move_word_right for move/word-right.
+std::string caseName(const testing::TestParamInfo<fs::path>& info) {
+    std::string name = info.param.lexically_relative(casesRoot()).string();
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return name;
+}
+
+class KeyScript : public testing::TestWithParam<fs::path> {};
+
+TEST_P(KeyScript, GivesItsExpectedTextSelectionAndScreen) {
+    const fs::path& directory = GetParam();
+    auto in = readFile(directory / "in");
+    auto keys = readFile(directory / "keys");
+    auto out = readFile(directory / "out");
+    ASSERT_TRUE(in && keys && out) << directory << " needs in, keys and out";
+    int width = 60, height = 12;
+    if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
+    auto screen = readFile(directory / "screen");
+    int tabSize = 4;
+    char kind[8] = "soft";
+    if (auto tabs = readFile(directory / "tabs")) std::sscanf(tabs->c_str(), "%d %7s", &tabSize, kind);
+    for (bool crlf : {false, true}) {
+        SCOPED_TRACE(crlf ? "with CRLF line breaks" : "with LF line breaks");
+        Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
+        Session session(width, height);
+        Tab& opened = session.openText(start.text, start.selection);
+        // As a document read from a CRLF file would be set up.
+        if (crlf) opened.setLineBreak(u"\r\n");
+        opened.setIndentation(tabSize, std::string_view(kind) == "soft");
+        session.send(*keys);
+        Tab* tab = session.editor().activeTab();
+        ASSERT_NE(tab, nullptr);
+        EXPECT_EQ(formatMarkup(tab->text().text(), tab->selection()), crlf ? withCrlf(*out) : *out);
+        if (screen && !crlf) {
+            std::istringstream rows(*screen);
+            std::string want;
+            for (int y = 0; std::getline(rows, want); ++y) EXPECT_EQ(trimRight(session.row(y)), trimRight(want)) << "row " << y;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, KeyScript, testing::ValuesIn(caseFolders()), caseName);
 
 TEST(KeyScripts, ScriptSyntaxErrorsNameTheToken) {
     EXPECT_THROW(parseKeyScript("a<nokey>"), KeyScriptError);
