@@ -69,19 +69,27 @@ void callFunction(sqlite3_context* context, int count, sqlite3_value** values) {
 
 // --- Rows -------------------------------------------------------------------------------------
 
+SqliteRows SqliteRows::borrowing(sqlite3_stmt* statement) {
+    SqliteRows rows;
+    rows.m_borrowed = statement;
+    return rows;
+}
+
 bool SqliteRows::next() {
-    if (!m_statement) return false;
-    const int rc = sqlite3_step(m_statement.get());
+    sqlite3_stmt* statement = get();
+    if (!statement) return false;
+    const int rc = sqlite3_step(statement);
     if (rc == SQLITE_ROW) return true;
-    if (rc != SQLITE_DONE) VX_LOG_DEBUG("storage", "query stopped: %s", sqlite3_errmsg(sqlite3_db_handle(m_statement.get())));
+    if (rc != SQLITE_DONE) VX_LOG_DEBUG("storage", "query stopped: %s", sqlite3_errmsg(sqlite3_db_handle(statement)));
     m_statement.reset();
+    m_borrowed = nullptr;
     return false;
 }
 
-int SqliteRows::columnCount() const { return m_statement ? sqlite3_column_count(m_statement.get()) : 0; }
+int SqliteRows::columnCount() const { return get() ? sqlite3_column_count(get()) : 0; }
 
 std::string SqliteRows::columnName(int column) const {
-    const char* name = m_statement ? sqlite3_column_name(m_statement.get(), column) : nullptr;
+    const char* name = get() ? sqlite3_column_name(get(), column) : nullptr;
     return name ? name : "";
 }
 
@@ -91,25 +99,54 @@ int SqliteRows::columnIndex(std::string_view name) const {
     return -1;
 }
 
-bool SqliteRows::isNull(int column) const {
-    return !m_statement || sqlite3_column_type(m_statement.get(), column) == SQLITE_NULL;
-}
+bool SqliteRows::isNull(int column) const { return !get() || sqlite3_column_type(get(), column) == SQLITE_NULL; }
 
-int64_t SqliteRows::integer(int column) const {
-    return m_statement ? sqlite3_column_int64(m_statement.get(), column) : 0;
-}
+int64_t SqliteRows::integer(int column) const { return get() ? sqlite3_column_int64(get(), column) : 0; }
 
-double SqliteRows::real(int column) const { return m_statement ? sqlite3_column_double(m_statement.get(), column) : 0; }
+double SqliteRows::real(int column) const { return get() ? sqlite3_column_double(get(), column) : 0; }
 
 std::string SqliteRows::text(int column) const {
-    if (!m_statement) return {};
-    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement.get(), column));
-    return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(m_statement.get(), column))) : std::string();
+    if (!get()) return {};
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(get(), column));
+    return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(get(), column))) : std::string();
 }
 
 SqlValue SqliteRows::value(int column) const {
-    if (!m_statement) return nullptr;
-    return valueOf(sqlite3_column_value(m_statement.get(), column));
+    if (!get()) return nullptr;
+    return valueOf(sqlite3_column_value(get(), column));
+}
+
+// --- Prepared statements ----------------------------------------------------------------------
+
+bool SqlitePrepared::rebind(const SqlArguments& arguments) {
+    if (!m_statement) return false;
+    sqlite3_stmt* statement = m_statement.get();
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    const auto& values = arguments.values();
+    if (static_cast<int>(values.size()) != sqlite3_bind_parameter_count(statement)) return false;
+    for (size_t i = 0; i < values.size(); ++i)
+        if (!bind(statement, static_cast<int>(i + 1), values[i])) return false;
+    return true;
+}
+
+bool SqlitePrepared::execute(const SqlArguments& arguments) {
+    if (!rebind(arguments)) return false;
+    int rc;
+    while ((rc = sqlite3_step(m_statement.get())) == SQLITE_ROW) {
+    }
+    if (rc != SQLITE_DONE) {
+        VX_LOG_DEBUG("storage", "statement failed: %s (%s)", sqlite3_errmsg(sqlite3_db_handle(m_statement.get())),
+                     sqlite3_sql(m_statement.get()));
+        sqlite3_reset(m_statement.get());
+        return false;
+    }
+    return true;
+}
+
+SqliteRows* SqlitePrepared::query(const SqlArguments& arguments) {
+    m_rows = rebind(arguments) ? SqliteRows::borrowing(m_statement.get()) : SqliteRows();
+    return &m_rows;
 }
 
 // --- Connection -------------------------------------------------------------------------------
@@ -180,6 +217,18 @@ bool SqliteConnection::executeScript(std::string_view sql) {
         return false;
     }
     return true;
+}
+
+SqlitePrepared SqliteConnection::prepared(std::string_view sql) {
+    if (!m_db) return {};
+    sqlite3_stmt* raw = nullptr;
+    const int rc = sqlite3_prepare_v3(m_db.get(), sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+    SqliteStatementHandle statement(raw);
+    if (rc != SQLITE_OK || !statement) {
+        noteFailure(sql);
+        return {};
+    }
+    return SqlitePrepared(std::move(statement));
 }
 
 SqliteRows SqliteConnection::query(std::string_view sql, const SqlArguments& arguments) {

@@ -57,6 +57,8 @@ class SqliteRows {
 public:
     SqliteRows() = default;
     explicit SqliteRows(SqliteStatementHandle statement) : m_statement(std::move(statement)) {}
+    // Rows of a statement owned elsewhere (a prepared statement's run); never finalized here.
+    static SqliteRows borrowing(sqlite3_stmt* statement);
 
     // Moves to the next row; false at the end or on an error (which ends the rows).
     bool next();
@@ -73,7 +75,28 @@ public:
     SqlValue value(int column) const;
 
 private:
+    sqlite3_stmt* get() const { return m_statement ? m_statement.get() : m_borrowed; }
     SqliteStatementHandle m_statement;
+    sqlite3_stmt* m_borrowed = nullptr;
+};
+
+// A statement prepared once and run many times (bulk inserts): each run resets it, binds the
+// arguments and steps it to its end.
+class SqlitePrepared {
+public:
+    SqlitePrepared() = default;
+    explicit SqlitePrepared(SqliteStatementHandle statement) : m_statement(std::move(statement)) {}
+    bool valid() const { return static_cast<bool>(m_statement); }
+    // False when it could not be prepared, the arguments do not fit or the step failed.
+    bool execute(const SqlArguments& arguments);
+    // Runs it as a query; the rows stay valid until the next run.
+    SqliteRows* query(const SqlArguments& arguments);
+
+private:
+    bool rebind(const SqlArguments& arguments);
+
+    SqliteStatementHandle m_statement;
+    SqliteRows m_rows;
 };
 
 class SqliteConnection {
@@ -95,6 +118,8 @@ public:
     bool execute(std::string_view sql, const SqlArguments& arguments = {});
     // Runs several statements separated by semicolons, without arguments.
     bool executeScript(std::string_view sql);
+    // A statement for repeated runs; an invalid one when the text does not compile.
+    SqlitePrepared prepared(std::string_view sql);
     // A prepared query, ready to step; an invalid (empty) one on failure.
     SqliteRows query(std::string_view sql, const SqlArguments& arguments = {});
     // The first column of the first row as an integer; nothing when there is no row or it failed.

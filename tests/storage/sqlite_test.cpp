@@ -86,3 +86,29 @@ TEST(SqliteConnection, CustomFunctionsAndAttachedDatabases) {
 
 }  // namespace
 }  // namespace vx
+
+namespace vx {
+namespace {
+
+TEST(SqlitePrepared, RunsManyTimesAndReportsBadArguments) {
+    auto db = SqliteConnection::open(":memory:");
+    ASSERT_TRUE(db);
+    ASSERT_TRUE(db->execute("CREATE TABLE t (a INTEGER UNIQUE)"));
+    auto insert = db->prepared("INSERT INTO t VALUES (?)");
+    ASSERT_TRUE(insert.valid());
+    for (int64_t i = 0; i < 5; ++i) EXPECT_TRUE(insert.execute({i}));
+    EXPECT_FALSE(insert.execute({int64_t{3}}));  // the constraint fails; the statement stays usable
+    EXPECT_TRUE(insert.execute({int64_t{9}}));
+    EXPECT_FALSE(insert.execute({}));
+    auto select = db->prepared("SELECT a FROM t WHERE a > ? ORDER BY a");
+    std::vector<int64_t> seen;
+    for (auto* rows = select.query({int64_t{2}}); rows->next();) seen.push_back(rows->integer(0));
+    EXPECT_EQ(seen, (std::vector<int64_t>{3, 4, 9}));
+    seen.clear();
+    for (auto* rows = select.query({int64_t{4}}); rows->next();) seen.push_back(rows->integer(0));
+    EXPECT_EQ(seen, (std::vector<int64_t>{9}));
+    EXPECT_FALSE(db->prepared("SELEKT").valid());
+}
+
+}  // namespace
+}  // namespace vx
