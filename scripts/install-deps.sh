@@ -12,6 +12,7 @@ libcli11-dev nlohmann-json3-dev libboost-dev libtbb-dev
 libonig-dev libicu-dev libuchardet-dev libplist-dev
 libsqlite3-dev zlib1g-dev libcurl4-openssl-dev
 tmux
+universal-ctags
 "
 
 missing=""

@@ -80,6 +80,10 @@ public:
     void close();
     bool isOpen();
 
+    // Runs the statements one by one; a failing statement is logged and does not stop the later
+    // ones. Answers how many succeeded.
+    static size_t executeEach(SqliteConnection& db, const std::vector<std::string_view>& statements);
+
     const std::string& dbpath() const { return m_dbpath; }
     SerialQueue& queue() { return *m_queue; }
 
@@ -95,10 +99,6 @@ protected:
     void loadIfNecessary();
     // Reopens the same file (library databases do this after a download replaced it).
     void reopen();
-
-    // Runs the statements one by one; a failing statement is logged and does not stop the later
-    // ones. Answers how many succeeded.
-    static size_t executeEach(SqliteConnection& db, const std::vector<std::string_view>& statements);
 
     // Only on the queue.
     SqliteConnection* connection() { return m_db ? &*m_db : nullptr; }
