@@ -1,7 +1,6 @@
 #include "document/encodings.hpp"
 
 #include <unicode/ucnv.h>
-#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <cctype>
@@ -229,27 +228,6 @@ std::optional<std::string> encodeStrictly(std::u16string_view text, uint64_t enc
             return text;
         },
         encoding, order);
-}
-
-std::u16string encoding::utf16FromUtf8(std::string_view text) {
-    std::u16string result(text.size(), u'\0');
-    int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(reinterpret_cast<UChar*>(result.data()), static_cast<int32_t>(result.size()), &length,
-                         text.data(), static_cast<int32_t>(text.size()), 0xFFFD, nullptr, &status);
-    result.resize(U_SUCCESS(status) ? static_cast<size_t>(length) : 0);
-    return result;
-}
-
-std::string encoding::utf8FromUtf16(std::u16string_view text) {
-    std::string result(text.size() * 3, '\0');
-    int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strToUTF8WithSub(result.data(), static_cast<int32_t>(result.size()), &length,
-                       reinterpret_cast<const UChar*>(text.data()), static_cast<int32_t>(text.size()), 0xFFFD, nullptr,
-                       &status);
-    result.resize(U_SUCCESS(status) ? static_cast<size_t>(length) : 0);
-    return result;
 }
 
 }  // namespace vx

@@ -63,10 +63,4 @@ std::optional<std::string> encodeStrictly(const std::function<std::optional<std:
 std::optional<std::string> encodeStrictly(std::u16string_view text, uint64_t encoding,
                                           ByteOrder order = ByteOrder::Little);
 
-namespace encoding {
-// UTF-8 <-> UTF-16 for text known to be valid (invalid sequences become U+FFFD).
-std::u16string utf16FromUtf8(std::string_view text);
-std::string utf8FromUtf16(std::u16string_view text);
-}  // namespace encoding
-
 }  // namespace vx

@@ -1,12 +1,12 @@
 #include "document/whitespace_trim.hpp"
 
-#include "document/encodings.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 
 std::u16string stripTrailingWhitespace(std::u16string_view text, bool keepEnd, int64_t amount) {
     if (text.size() > kTrimLimit) return std::u16string(text);
-    const std::string bytes = encoding::utf8FromUtf16(text);
+    const std::string bytes = utf8FromUtf16(text);
     std::string out;
     out.reserve(bytes.size());
     constexpr size_t kNone = std::string::npos;
@@ -32,7 +32,7 @@ std::u16string stripTrailingWhitespace(std::u16string_view text, bool keepEnd, i
     }
     if (!keepEnd) dropRun();
     if (out.size() == bytes.size()) return std::u16string(text);
-    return encoding::utf16FromUtf8(out);
+    return utf16FromUtf8(out);
 }
 
 std::optional<TrimPlan> planTrailingWhitespaceTrim(std::u16string_view text, Range selection, int64_t amount) {

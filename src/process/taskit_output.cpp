@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <chrono>
 
+#include "platform/unicode.hpp"
 #include "process/background_reader.hpp"
 #include "process/taskit.hpp"
-#include "process/utf8_text.hpp"
 
 namespace vx {
 namespace {

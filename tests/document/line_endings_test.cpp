@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "document/encodings.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 namespace {
@@ -14,7 +14,7 @@ TEST(LineEndings, StyleFollowsWhatWasSeen) {
         {u"a\r\rb", CR},   {u"a\r\nb\nc", Mixed}, {u"a\rb\r\nc", Mixed},  {u"\r\n\r", Mixed},
         {u"a\n\r", Mixed}, {u"\r", CR},           {u"x\r\n", CRLF},
     };
-    for (auto [text, want] : cases) EXPECT_EQ(detectNewlineType(text), want) << encoding::utf8FromUtf16(text);
+    for (auto [text, want] : cases) EXPECT_EQ(detectNewlineType(text), want) << utf8FromUtf16(text);
 }
 
 TEST(LineEndings, CountersSurviveTextArrivingInPieces) {

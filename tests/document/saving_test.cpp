@@ -13,6 +13,7 @@
 #include "document/single_file_document.hpp"
 #include "platform/file_cache.hpp"
 #include "platform/scoped_home.hpp"
+#include "platform/unicode.hpp"
 #include "platform/user_defaults.hpp"
 
 extern char** environ;
@@ -164,7 +165,7 @@ TEST(Saving, TrailingWhitespaceTrimFollowsTheDefaultsAndTheViews) {
     EXPECT_EQ(view.selection, (Range{9, 0}));
     EXPECT_FALSE(document.hasUnsavedChanges());
     document.undoManager().undo();  // the trim is one undoable step
-    EXPECT_EQ(encoding::utf8FromUtf16(document.contents().string()), original);
+    EXPECT_EQ(utf8FromUtf16(document.contents().string()), original);
 
     UserDefaults::standardUserDefaults().setInteger("VXTrimTrailingWhitespaceAmount", 2);
     view.selection = {0, 0};

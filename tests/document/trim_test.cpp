@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "document/encodings.hpp"
+#include "platform/unicode.hpp"
 
 namespace vx {
 namespace {
@@ -28,7 +28,7 @@ TEST(Trim, StripperRulesByAmount) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(stripTrailingWhitespace(c.text, c.keepEnd, c.amount), c.want)
-            << encoding::utf8FromUtf16(c.text) << " keepEnd " << c.keepEnd << " amount " << c.amount;
+            << utf8FromUtf16(c.text) << " keepEnd " << c.keepEnd << " amount " << c.amount;
     const std::u16string huge(kTrimLimit + 1, u' ');
     EXPECT_EQ(stripTrailingWhitespace(huge, false, 2).size(), huge.size());
 }
