@@ -175,6 +175,25 @@ std::optional<std::pair<std::string, CtagsTag>> VXParseCtagsLine(std::string_vie
     return std::make_pair(std::move(path), std::move(tag));
 }
 
+std::string VXLineOfCtagsPattern(std::string_view pattern, bool* anchoredAtEnd) {
+    if (anchoredAtEnd) *anchoredAtEnd = false;
+    if (pattern.size() < 2 || pattern.front() != '/' || pattern.back() != '/') return {};
+    std::string_view body = pattern.substr(1, pattern.size() - 2);
+    if (!body.empty() && body.front() == '^') body.remove_prefix(1);
+    if (!body.empty() && body.back() == '$' && (body.size() < 2 || body[body.size() - 2] != '\\')) {
+        body.remove_suffix(1);
+        if (anchoredAtEnd) *anchoredAtEnd = true;
+    }
+    // ctags escapes the pattern's delimiter and backslashes with a backslash.
+    std::string line;
+    line.reserve(body.size());
+    for (size_t i = 0; i < body.size(); ++i) {
+        if (body[i] == '\\' && i + 1 < body.size() && (body[i + 1] == '/' || body[i + 1] == '\\')) ++i;
+        line += body[i];
+    }
+    return line;
+}
+
 std::string VXCtagsExecutable() {
     static const std::string found = [] {
         const char* variable = std::getenv("PATH");

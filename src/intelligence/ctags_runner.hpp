@@ -38,6 +38,10 @@ struct CtagsFileTags {
 // errors, malformed text).
 std::optional<std::pair<std::string, CtagsTag>> VXParseCtagsLine(std::string_view line);
 
+// The line's text inside a ctags pattern: "/^  int x;$/" → "  int x;", and whether the pattern
+// held the whole line (ctags cuts long ones short); "" for a pattern that is a line number.
+std::string VXLineOfCtagsPattern(std::string_view pattern, bool* anchoredAtEnd = nullptr);
+
 // The full path of the ctags program found on PATH, or "" when there is none.
 std::string VXCtagsExecutable();
 

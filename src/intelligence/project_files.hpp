@@ -14,8 +14,9 @@ struct ProjectFile {
     double modified = 0;    // seconds since 2001-01-01
 };
 
-// The regular files under `root`, in no particular order.
-std::vector<ProjectFile> VXProjectFilesForIndexing(const std::string& root);
+// The regular files under `root`, in no particular order; `excluded` names folders (absolute
+// paths) that are not walked into either.
+std::vector<ProjectFile> VXProjectFilesForIndexing(const std::string& root, const std::vector<std::string>& excluded = {});
 
 // Whether a folder of that name is walked into.
 bool VXFolderIsWorthIndexing(std::string_view name);

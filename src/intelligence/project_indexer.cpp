@@ -34,26 +34,6 @@ int64_t utf16Length(std::string_view text) {
     return units;
 }
 
-// The line's text inside a ctags pattern: "/^  int x;$/" → "  int x;" (and whether it was whole).
-std::string lineOfPattern(std::string_view pattern, bool* anchoredAtEnd = nullptr) {
-    if (anchoredAtEnd) *anchoredAtEnd = false;
-    if (pattern.size() < 2 || pattern.front() != '/' || pattern.back() != '/') return {};
-    std::string_view body = pattern.substr(1, pattern.size() - 2);
-    if (!body.empty() && body.front() == '^') body.remove_prefix(1);
-    if (!body.empty() && body.back() == '$' && (body.size() < 2 || body[body.size() - 2] != '\\')) {
-        body.remove_suffix(1);
-        if (anchoredAtEnd) *anchoredAtEnd = true;
-    }
-    // ctags escapes the pattern's delimiter and backslashes with a backslash.
-    std::string line;
-    line.reserve(body.size());
-    for (size_t i = 0; i < body.size(); ++i) {
-        if (body[i] == '\\' && i + 1 < body.size() && (body[i + 1] == '/' || body[i + 1] == '\\')) ++i;
-        line += body[i];
-    }
-    return line;
-}
-
 bool isWordByte(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || (c & 0x80); }
 
 // Where the name stands in its line: the first occurrence that is a whole word ("f" in
@@ -118,7 +98,7 @@ private:
     void writeSymbol(int64_t pass, const CtagsTag& tag) {
         const std::string separator = separatorFor(tag.language);
         const std::string qualified = tag.scope.empty() ? tag.name : tag.scope + separator + tag.name;
-        const std::string line = lineOfPattern(tag.pattern);
+        const std::string line = VXLineOfCtagsPattern(tag.pattern);
         const size_t at = findName(line, tag.name);
         const int64_t column = at == std::string::npos ? 0 : utf16Length(std::string_view(line).substr(0, at));
         SqlValue parentId = nullptr, parentName = nullptr, parentType = nullptr;
@@ -172,7 +152,7 @@ double VXSecondsSinceReferenceDate() {
 
 std::string VXRegexFromCtagsPattern(std::string_view pattern) {
     bool anchoredAtEnd = false;
-    const std::string line = lineOfPattern(pattern, &anchoredAtEnd);
+    const std::string line = VXLineOfCtagsPattern(pattern, &anchoredAtEnd);
     if (line.empty()) return {};
     std::string regex = "^";
     for (char c : line) {
