@@ -93,16 +93,38 @@ std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t 
     return scopeRuns(line, column + 1).back().scopes;
 }
 
+void appendScopesForLine(std::string& out, uint64_t n, const VXHighlightedLine& line) {
+    out += "L" + std::to_string(n) + ":\n";
+    forEachScopeRun(line, [&](const VXScopeRun& run) {
+        out += std::to_string(run.start) + "-" + std::to_string(run.end);
+        for (const VXScope& scope : run.scopes) (out += " ") += scope.stringRepresentation();
+        out += "\n";
+    });
+}
+
+void appendEventsForLine(std::string& out, uint64_t n, const VXHighlightedLine& line) {
+    char number[24];
+    auto append = [&](uint64_t value, char after) {
+        const auto end = std::to_chars(number, number + sizeof number, value).ptr;
+        out.append(number, end);
+        out += after;
+    };
+    out += 'L';
+    append(n, ':');
+    out += '\n';
+    for (const VXSyntaxZone& zone : line.events) {
+        append(zone.effectiveType, ' ');
+        append(zone.semanticType, ' ');
+        append(zone.range.location, ' ');
+        append(zone.range.length, ' ');
+        out += zone.scope.stringRepresentation();
+        out += '\n';
+    }
+}
+
 std::string formatScopes(const std::vector<VXHighlightedLine>& lines) {
     std::string out;
-    for (size_t n = 0; n < lines.size(); ++n) {
-        out += "L" + std::to_string(n) + ":\n";
-        for (const VXScopeRun& run : scopeRunsForLine(lines[n])) {
-            out += std::to_string(run.start) + "-" + std::to_string(run.end);
-            for (const VXScope& scope : run.scopes) (out += " ") += scope.stringRepresentation();
-            out += "\n";
-        }
-    }
+    for (size_t n = 0; n < lines.size(); ++n) appendScopesForLine(out, n, lines[n]);
     return out;
 }
 
@@ -111,25 +133,7 @@ std::string formatEvents(const std::vector<VXHighlightedLine>& lines) {
     size_t events = 0;
     for (const auto& line : lines) events += line.events.size();
     out.reserve(lines.size() * 8 + events * 40);
-    char number[24];
-    auto append = [&](uint64_t value, char after) {
-        const auto end = std::to_chars(number, number + sizeof number, value).ptr;
-        out.append(number, end);
-        out += after;
-    };
-    for (size_t n = 0; n < lines.size(); ++n) {
-        out += 'L';
-        append(n, ':');
-        out += '\n';
-        for (const VXSyntaxZone& zone : lines[n].events) {
-            append(zone.effectiveType, ' ');
-            append(zone.semanticType, ' ');
-            append(zone.range.location, ' ');
-            append(zone.range.length, ' ');
-            out += zone.scope.stringRepresentation();
-            out += '\n';
-        }
-    }
+    for (size_t n = 0; n < lines.size(); ++n) appendEventsForLine(out, n, lines[n]);
     return out;
 }
 

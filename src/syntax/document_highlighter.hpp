@@ -57,5 +57,8 @@ std::vector<VXScope> scopeStackAtColumn(const VXHighlightedLine& line, uint64_t 
 std::string formatScopes(const std::vector<VXHighlightedLine>& lines);
 // Each line's events: "<effective> <semantic> <location> <length> <scope>".
 std::string formatEvents(const std::vector<VXHighlightedLine>& lines);
+// The same for the n-th line alone, appended to `out` (a text highlighted as it streams).
+void appendScopesForLine(std::string& out, uint64_t n, const VXHighlightedLine& line);
+void appendEventsForLine(std::string& out, uint64_t n, const VXHighlightedLine& line);
 
 }  // namespace vx

@@ -17,9 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Language choice looks at no more of the text than this.
-constexpr size_t kDetectionHeadLength = 500;
-
 std::vector<fs::path> sortedSubdirectories(const fs::path& folder) {
     std::vector<fs::path> found;
     std::error_code error;

@@ -44,6 +44,8 @@ class VXLanguageCatalog {
 public:
     // Bundled and user truffles, read once; its loader is installed in the shared manager.
     static VXLanguageCatalog& sharedCatalog();
+    // How much of the head of a text (UTF-16 units) the content rules of detection look at.
+    static constexpr size_t kDetectionHeadLength = 500;
 
     VXLanguageCatalog() = default;
     // Reads every truffle under each folder, in order (later folders replace languages of

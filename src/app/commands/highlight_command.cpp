@@ -5,8 +5,12 @@
 // html (a standalone page with inline styles), coloured by a theme (Nightfall unless --theme
 // says otherwise). For checking: scopes and events.
 //
-// Formats are a table: a format turns the highlighted lines into text, so output for people
-// (colours from a theme) is added as another entry without touching the rest.
+// The text streams: it is read in blocks, highlighted line by line and written as each block is
+// done, so output begins before the input ends (a pipe that never closes works) and memory
+// grows with the longest line, not with the number of lines.
+//
+// Formats are a table: a format turns each highlighted line into text as it comes, so output for
+// people (colours from a theme) is added as another entry without touching the rest.
 #include <unistd.h>
 
 #include <filesystem>
@@ -19,8 +23,10 @@
 #include <cstdlib>
 
 #include "app/commands/command.hpp"
+#include "app/commands/streamed_input.hpp"
 #include "selectors/theme.hpp"
 #include "syntax/document_highlighter.hpp"
+#include "syntax/line_stream.hpp"
 #include "syntax/language_catalog.hpp"
 #include "syntax/mapped_string.hpp"
 #include "syntax/zone_manager.hpp"
@@ -30,13 +36,20 @@ namespace {
 
 constexpr const char* kDefaultTheme = "Nightfall";
 
-struct HighlightInput {
-    std::u16string text;
-    std::vector<VXHighlightedLine> lines;
-    const VXSyntaxRuleset* ruleset = nullptr;
+struct FormatOptions {
     std::string themeName = kDefaultTheme;
     bool trueColor = true;  // ansi: 24-bit escapes, else the 256-colour palette
     std::string title;      // html: the page's title
+};
+
+// Turns highlighted lines into output as they come: begin, then each line in order, then end.
+class HighlightFormat {
+public:
+    virtual ~HighlightFormat() = default;
+    virtual void begin(std::string&) {}
+    // The n-th line (events in document offsets) and its text with its line break.
+    virtual void line(std::string& out, uint64_t n, const VXHighlightedLine& line, std::u16string_view text) = 0;
+    virtual void end(std::string&) {}
 };
 
 // --- colours from the theme ------------------------------------------------------------------------
@@ -108,28 +121,24 @@ private:
     std::unordered_map<std::vector<VXScope>, Look, StackHash> m_cache;
 };
 
-// Each line's runs with their looks, the text of each run in UTF-8; endLine after each line break.
-template <class Emit>
-void forEachStyledRun(const HighlightInput& input, ThemeLooks& looks, Emit&& emit,
-                      const std::function<void()>& endLine) {
-    const std::u16string_view text = input.text;
-    for (size_t n = 0; n < input.lines.size(); ++n) {
-        const VXHighlightedLine& line = input.lines[n];
-        // Neighbouring runs that look the same are written as one.
-        const Look* pending = nullptr;
-        std::string pendingText;
-        forEachScopeRun(line, [&](const VXScopeRun& run) {
-            const Look& look = looks.lookFor(run.scopes);
-            if (pending && *pending != look) {
-                emit(*pending, pendingText);
-                pendingText.clear();
-            }
-            pending = &look;
-            appendUtf8FromUtf16(pendingText, text.substr(line.line.start + run.start, run.end - run.start));
-        });
-        if (pending) emit(*pending, pendingText);
-        if (n + 1 < input.lines.size() || line.line.length > line.line.contentLength) endLine();
-    }
+// A line's runs with their looks, the text of each run in UTF-8; endLine after its line break.
+template <class Emit, class EndLine>
+void forEachStyledRun(const VXHighlightedLine& line, std::u16string_view text, ThemeLooks& looks, Emit&& emit,
+                      EndLine&& endLine) {
+    // Neighbouring runs that look the same are written as one.
+    const Look* pending = nullptr;
+    std::string pendingText;
+    forEachScopeRun(line, [&](const VXScopeRun& run) {
+        const Look& look = looks.lookFor(run.scopes);
+        if (pending && *pending != look) {
+            emit(*pending, pendingText);
+            pendingText.clear();
+        }
+        pending = &look;
+        appendUtf8FromUtf16(pendingText, text.substr(run.start, run.end - run.start));
+    });
+    if (pending) emit(*pending, pendingText);
+    if (line.line.length > line.line.contentLength) endLine();
 }
 
 // --- ansi ----------------------------------------------------------------------------------------
@@ -162,40 +171,52 @@ std::string sgrColor(bool foreground, const Rgb& c, bool trueColor) {
 
 // Text colours only, on the terminal's own background (as pagers show code); zones with a
 // background of their own get it. Escapes are written only where the look changes.
-std::string formatAnsi(const HighlightInput& input) {
-    ThemeLooks looks(input.themeName);
-    std::string out;
-    std::optional<Look> current;
-    std::unordered_map<const Look*, std::string> escapes;  // looks live as long as `looks`
-    forEachStyledRun(
-        input, looks,
-        [&](const Look& look, const std::string& text) {
-            if (!current || *current != look) {
-                auto [entry, added] = escapes.try_emplace(&look);
-                if (added) {
-                    std::string& escape = entry->second;
-                    escape = "\x1b[0";
-                    if (look.bold) escape += ";1";
-                    if (look.italic) escape += ";3";
-                    if (look.underline) escape += ";4";
-                    if (look.strikethrough) escape += ";9";
-                    escape += ";" + sgrColor(true, look.foreground, input.trueColor);
-                    if (look.background) escape += ";" + sgrColor(false, *look.background, input.trueColor);
-                    escape += "m";
+class AnsiFormat final : public HighlightFormat {
+public:
+    explicit AnsiFormat(const FormatOptions& options) : m_looks(options.themeName), m_trueColor(options.trueColor) {}
+
+    void line(std::string& out, uint64_t, const VXHighlightedLine& line, std::u16string_view text) override {
+        forEachStyledRun(
+            line, text, m_looks,
+            [&](const Look& look, const std::string& runText) {
+                if (!m_current || *m_current != look) {
+                    out += escapeFor(look);
+                    m_current = look;
                 }
-                out += entry->second;
-                current = look;
-            }
-            out += text;
-        },
-        [&] {
-            if (current) out += "\x1b[0m";
-            current.reset();
-            out += "\n";
-        });
-    if (current) out += "\x1b[0m";
-    return out;
-}
+                out += runText;
+            },
+            [&] {
+                if (m_current) out += "\x1b[0m";
+                m_current.reset();
+                out += "\n";
+            });
+    }
+    void end(std::string& out) override {
+        if (m_current) out += "\x1b[0m";
+    }
+
+private:
+    const std::string& escapeFor(const Look& look) {
+        auto [entry, added] = m_escapes.try_emplace(&look);  // looks live as long as m_looks
+        if (added) {
+            std::string& escape = entry->second;
+            escape = "\x1b[0";
+            if (look.bold) escape += ";1";
+            if (look.italic) escape += ";3";
+            if (look.underline) escape += ";4";
+            if (look.strikethrough) escape += ";9";
+            escape += ";" + sgrColor(true, look.foreground, m_trueColor);
+            if (look.background) escape += ";" + sgrColor(false, *look.background, m_trueColor);
+            escape += "m";
+        }
+        return entry->second;
+    }
+
+    ThemeLooks m_looks;
+    bool m_trueColor;
+    std::optional<Look> m_current;
+    std::unordered_map<const Look*, std::string> m_escapes;
+};
 
 // --- html ----------------------------------------------------------------------------------------
 
@@ -217,46 +238,72 @@ void appendEscaped(std::string& out, std::string_view text) {
     }
 }
 
-std::string formatHtml(const HighlightInput& input) {
-    ThemeLooks looks(input.themeName);
-    std::string out = "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>";
-    appendEscaped(out, input.title);
-    out += "</title>\n</head>\n<body style=\"margin:0;background:" + cssColor(looks.pageBackground()) + "\">\n";
-    out += "<pre style=\"margin:0;padding:1em;font-family:monospace;color:" + cssColor(looks.pageForeground()) +
-           ";background:" + cssColor(looks.pageBackground()) + "\">";
-    const Look plain{looks.pageForeground(), std::nullopt};
-    forEachStyledRun(
-        input, looks,
-        [&](const Look& look, const std::string& text) {
-            if (look == plain) {
-                appendEscaped(out, text);
-                return;
-            }
-            std::string style;
-            if (look.foreground != plain.foreground) style += "color:" + cssColor(look.foreground) + ";";
-            if (look.background) style += "background:" + cssColor(*look.background) + ";";
-            if (look.bold) style += "font-weight:bold;";
-            if (look.italic) style += "font-style:italic;";
-            if (look.underline || look.strikethrough)
-                style += std::string("text-decoration:") + (look.underline ? " underline" : "") +
-                         (look.strikethrough ? " line-through" : "") + ";";
-            out += "<span style=\"" + style + "\">";
+class HtmlFormat final : public HighlightFormat {
+public:
+    explicit HtmlFormat(const FormatOptions& options)
+        : m_looks(options.themeName), m_plain{m_looks.pageForeground(), std::nullopt}, m_title(options.title) {}
+
+    void begin(std::string& out) override {
+        out += "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>";
+        appendEscaped(out, m_title);
+        out += "</title>\n</head>\n<body style=\"margin:0;background:" + cssColor(m_looks.pageBackground()) + "\">\n";
+        out += "<pre style=\"margin:0;padding:1em;font-family:monospace;color:" + cssColor(m_looks.pageForeground()) +
+               ";background:" + cssColor(m_looks.pageBackground()) + "\">";
+    }
+    void line(std::string& out, uint64_t, const VXHighlightedLine& line, std::u16string_view text) override {
+        forEachStyledRun(
+            line, text, m_looks, [&](const Look& look, const std::string& runText) { appendRun(out, look, runText); },
+            [&] { out += "\n"; });
+    }
+    void end(std::string& out) override { out += "</pre>\n</body>\n</html>\n"; }
+
+private:
+    void appendRun(std::string& out, const Look& look, const std::string& text) const {
+        if (look == m_plain) {
             appendEscaped(out, text);
-            out += "</span>";
-        },
-        [&] { out += "\n"; });
-    out += "</pre>\n</body>\n</html>\n";
-    return out;
-}
+            return;
+        }
+        std::string style;
+        if (look.foreground != m_plain.foreground) style += "color:" + cssColor(look.foreground) + ";";
+        if (look.background) style += "background:" + cssColor(*look.background) + ";";
+        if (look.bold) style += "font-weight:bold;";
+        if (look.italic) style += "font-style:italic;";
+        if (look.underline || look.strikethrough)
+            style += std::string("text-decoration:") + (look.underline ? " underline" : "") +
+                     (look.strikethrough ? " line-through" : "") + ";";
+        out += "<span style=\"" + style + "\">";
+        appendEscaped(out, text);
+        out += "</span>";
+    }
 
-using HighlightFormat = std::function<std::string(const HighlightInput&)>;
+    ThemeLooks m_looks;
+    const Look m_plain;
+    std::string m_title;
+};
 
-const std::map<std::string, HighlightFormat>& formats() {
-    static const std::map<std::string, HighlightFormat> table = {
-        {"scopes", [](const HighlightInput& input) { return formatScopes(input.lines); }},
-        {"events", [](const HighlightInput& input) { return formatEvents(input.lines); }},
-        {"ansi", formatAnsi},
-        {"html", formatHtml},
+// The checking formats: a line at a time already.
+class ScopesFormat final : public HighlightFormat {
+public:
+    void line(std::string& out, uint64_t n, const VXHighlightedLine& line, std::u16string_view) override {
+        appendScopesForLine(out, n, line);
+    }
+};
+
+class EventsFormat final : public HighlightFormat {
+public:
+    void line(std::string& out, uint64_t n, const VXHighlightedLine& line, std::u16string_view) override {
+        appendEventsForLine(out, n, line);
+    }
+};
+
+using FormatFactory = std::function<std::unique_ptr<HighlightFormat>(const FormatOptions&)>;
+
+const std::map<std::string, FormatFactory>& formats() {
+    static const std::map<std::string, FormatFactory> table = {
+        {"scopes", [](const FormatOptions&) { return std::make_unique<ScopesFormat>(); }},
+        {"events", [](const FormatOptions&) { return std::make_unique<EventsFormat>(); }},
+        {"ansi", [](const FormatOptions& options) { return std::make_unique<AnsiFormat>(options); }},
+        {"html", [](const FormatOptions& options) { return std::make_unique<HtmlFormat>(options); }},
     };
     return table;
 }
@@ -278,13 +325,6 @@ struct Options {
     std::string colors;
 };
 
-// The text of a file as the highlighter sees it: UTF-8 (a byte-order mark is dropped).
-std::u16string readText(const std::string& path) {
-    std::string bytes = readInputFile(path);
-    if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);
-    return utf16FromUtf8(bytes);
-}
-
 // One definition file loaded on its own (for grammar authors): its folder names the language,
 // and its includes of other languages resolve against the bundled ones.
 const VXSyntaxRuleset* loadSyntaxFile(const std::string& path) {
@@ -297,32 +337,64 @@ const VXSyntaxRuleset* loadSyntaxFile(const std::string& path) {
     return manager.addRuleset(std::move(ruleset));
 }
 
-void run(const Options& options) {
-    const std::string format = !options.format.empty() ? options.format : isatty(STDOUT_FILENO) ? "ansi" : "scopes";
-    auto formatter = formats().find(format);
-    if (formatter == formats().end()) throw CommandFailure("unknown format: " + format);
+// Output is written whenever this much has gathered, and after every block of input.
+constexpr size_t kOutputBlock = 1 << 16;
 
-    HighlightInput input;
-    if (!options.theme.empty()) input.themeName = options.theme;
-    input.trueColor = options.colors.empty() ? terminalHasTrueColor() : options.colors == "24bit";
-    input.title = options.file == "-" ? "standard input" : std::filesystem::path(options.file).filename().string();
-    input.text = readText(options.file);
-    if (!options.syntax.empty()) {
-        input.ruleset = loadSyntaxFile(options.syntax);
+void flushOutput(std::string& out) {
+    if (out.empty()) return;
+    std::fwrite(out.data(), 1, out.size(), stdout);
+    std::fflush(stdout);
+    out.clear();
+}
+
+// The language the options name, or the one chosen from the file's name and the head of its text.
+const VXSyntaxRuleset& chooseRuleset(const Options& options, StreamedInput& input, std::u16string& head) {
+    if (!options.syntax.empty()) return *loadSyntaxFile(options.syntax);
+    const VXLanguageCatalog& catalog = VXLanguageCatalog::sharedCatalog();
+    const VXLanguage* language = nullptr;
+    if (!options.language.empty()) {
+        language = catalog.languageNamed(options.language);
+        if (!language) throw CommandFailure("unknown language: " + options.language);
     } else {
-        const VXLanguageCatalog& catalog = VXLanguageCatalog::sharedCatalog();
-        const VXLanguage* language = nullptr;
-        if (!options.language.empty()) {
-            language = catalog.languageNamed(options.language);
-            if (!language) throw CommandFailure("unknown language: " + options.language);
-        } else {
-            language = catalog.detectLanguageForFilePath(options.file == "-" ? std::string() : options.file, input.text);
+        while (head.size() < VXLanguageCatalog::kDetectionHeadLength && input.readInto(head)) {
         }
-        input.ruleset = language ? catalog.rulesetForLanguage(*language) : nullptr;
-        if (!input.ruleset) throw CommandFailure("cannot load the language definition for " + options.file);
+        language = catalog.detectLanguageForFilePath(options.file == "-" ? std::string() : options.file, head);
     }
-    input.lines = highlightText(input.text, *input.ruleset);
-    writeOutput(formatter->second(input));
+    const VXSyntaxRuleset* ruleset = language ? catalog.rulesetForLanguage(*language) : nullptr;
+    if (!ruleset) throw CommandFailure("cannot load the language definition for " + options.file);
+    return *ruleset;
+}
+
+void run(const Options& options) {
+    const std::string formatName = !options.format.empty() ? options.format : isatty(STDOUT_FILENO) ? "ansi" : "scopes";
+    auto factory = formats().find(formatName);
+    if (factory == formats().end()) throw CommandFailure("unknown format: " + formatName);
+
+    FormatOptions formatOptions;
+    if (!options.theme.empty()) formatOptions.themeName = options.theme;
+    formatOptions.trueColor = options.colors.empty() ? terminalHasTrueColor() : options.colors == "24bit";
+    formatOptions.title = options.file == "-" ? "standard input" : std::filesystem::path(options.file).filename().string();
+
+    // Everything that can fail is settled before the first byte of output.
+    StreamedInput input(options.file);
+    std::u16string text;
+    const VXSyntaxRuleset& ruleset = chooseRuleset(options, input, text);
+    const std::unique_ptr<HighlightFormat> format = factory->second(formatOptions);
+
+    std::string out;
+    format->begin(out);
+    VXLineStreamHighlighter highlighter(ruleset, [&](const VXHighlightedLine& line, std::u16string_view lineText) {
+        format->line(out, highlighter.linesDone(), line, lineText);
+        if (out.size() >= kOutputBlock) flushOutput(out);
+    });
+    do {
+        highlighter.append(text);
+        text.clear();
+        flushOutput(out);
+    } while (input.readInto(text));
+    highlighter.finish();
+    format->end(out);
+    flushOutput(out);
 }
 
 void registerHighlight(CLI::App& app) {
