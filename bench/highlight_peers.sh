@@ -1,100 +1,143 @@
 #!/bin/sh
-# Whole-file highlighting speed against peers, in one run on the same files: Vellumex
-# (`vx highlight`), bat, highlight and pygmentize (Debian packages, installed here when missing).
-# Prints MB/s per file and tool (best of three runs; every tool writes ANSI colours to a file),
-# the ratio to the fastest peer, whether the longest line came out coloured past 16 KiB ("-" when
-# no line is that long), and how Vellumex's time grows when one long line gets longer. A peer that
-# leaves the long line uncoloured (bat does past 16 KiB) has not done the work, so the ratio is
-# taken to the fastest peer that coloured it.
-#   bench/highlight_peers.sh            (builds vx first when needed)
-# VX names the vx binary (default: build/release/src/app/vx).
+# Whole-file highlighting against the peers users would pick instead, side by side in one run:
+# Vellumex (`vx highlight --format ansi`), bat, highlight and source-highlight, each with its
+# own grammars, each writing ANSI colours to a file. For every file of the corpus it prints each
+# tool's median wall time and median peak memory (RSS) over RUNS runs (default 3), and the ratio
+# of the fastest peer's time to Vellumex's (above 1: Vellumex is faster).
+#
+# A peer counts only where it did the work: its output must carry colour escapes, and the
+# longest line must still be coloured after its first 16 KiB (bat leaves longer lines plain,
+# source-highlight has no Markdown); others are shown with their reason and left out.
+#
+# The corpus comes from Debian and npm packages (installed here when missing; the npm ones into
+# ${XDG_CACHE_HOME:-~/.cache}/vellumex-bench): C, C++, Python, 5 MB of the Python library,
+# JavaScript (a 9 MB compiler, minified jQuery), CSS, HTML, JSON, Markdown, and a one-line file
+# for start-up. After the table, Vellumex's peak memory on ever longer inputs: it must stay flat.
+#   bench/highlight_peers.sh [FILE...]      (default: the corpus; builds vx first when needed)
+# VX names the vx binary (default: build/release/src/app/vx); RUNS the runs per tool and file.
 set -eu
 cd "$(dirname "$0")/.."
 vx="${VX:-build/release/src/app/vx}"
+runs="${RUNS:-3}"
 [ -x "$vx" ] || ./scripts/build.sh release
 
-# Peers and corpus files, all from Debian packages.
 have() { command -v "$1" >/dev/null 2>&1; }
 need=""
 have bat || have batcat || need="$need bat"
 have highlight || need="$need highlight"
-[ -x /usr/bin/pygmentize ] || need="$need python3-pygments"
+have source-highlight || need="$need source-highlight"
+have npm || need="$need npm"
+[ -x /usr/bin/time ] || need="$need time"
 [ -f /usr/include/sqlite3.h ] || need="$need libsqlite3-dev"
 [ -f /usr/include/c++/12/bits/stl_algo.h ] || need="$need libstdc++-12-dev"
 [ -f /usr/lib/python3.11/_pydecimal.py ] || need="$need libpython3.11-stdlib"
 [ -f /usr/share/javascript/jquery/jquery.min.js ] || need="$need libjs-jquery"
+[ -f /usr/share/doc/nodejs/api/fs.md ] || need="$need nodejs-doc"
 if [ -n "$need" ]; then
     echo "installing:$need" >&2
     apt-get update -qq >/dev/null 2>&1 || true
-    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $need >/dev/null
+    DEBIAN_FRONTEND=noninteractive flock /work/apt.lock apt-get install -y -qq --no-install-recommends $need >/dev/null 2>&1 ||
+        DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $need >/dev/null
 fi
 bat=$(command -v bat || command -v batcat)
 
-files="/usr/include/sqlite3.h /usr/include/c++/12/bits/stl_algo.h /usr/lib/python3.11/_pydecimal.py
-/usr/share/javascript/jquery/jquery.js /usr/share/javascript/jquery/jquery.min.js"
+cache="${XDG_CACHE_HOME:-$HOME/.cache}/vellumex-bench"
+npm_dir="$cache/npm/node_modules"
+if [ ! -f "$npm_dir/typescript/lib/typescript.js" ] || [ ! -f "$npm_dir/bootstrap/dist/css/bootstrap.css" ]; then
+    echo "installing npm packages typescript and bootstrap into $cache" >&2
+    npm install --silent --no-audit --no-fund --prefix "$cache/npm" typescript@5 bootstrap@5 >/dev/null
+fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# Seconds for the fastest of three runs of a command (output to a file in $work).
-best_of_three() {
-    best=""
-    for _ in 1 2 3; do
-        start=$(date +%s.%N)
-        "$@" > "$work/out" 2>/dev/null || true
-        end=$(date +%s.%N)
-        t=$(echo "$end - $start" | bc -l)
-        if [ -z "$best" ] || [ "$(echo "$t < $best" | bc -l)" = 1 ]; then best=$t; fi
-    done
-    echo "$best"
+# The corpus: files as packages ship them, and a few made from them.
+mkdir -p "$work/corpus"
+zcat /usr/share/doc/nodejs/api/fs.json.gz > "$work/corpus/fs.json"
+for f in $(ls /usr/lib/python3.11/*.py | sort); do
+    [ "$(stat -c %s "$work/corpus/stdlib.py" 2>/dev/null || echo 0)" -ge 5000000 ] && break
+    cat "$f" >> "$work/corpus/stdlib.py"
+done
+printf 'int main(void) { return 0; }\n' > "$work/corpus/one-line.c"
+if [ $# -gt 0 ]; then
+    files="$*"
+else
+    files="/usr/include/sqlite3.h /usr/include/c++/12/bits/stl_algo.h /usr/lib/python3.11/_pydecimal.py
+$work/corpus/stdlib.py $npm_dir/typescript/lib/typescript.js /usr/share/javascript/jquery/jquery.min.js
+$npm_dir/bootstrap/dist/css/bootstrap.css /usr/share/doc/nodejs/api/fs.html $work/corpus/fs.json
+/usr/share/doc/nodejs/api/fs.md $work/corpus/one-line.c"
+fi
+
+# One run of a tool on a file: "<seconds> <peak KB>", the output left in $work/out.
+measure() {
+    tool=$1 file=$2
+    case $tool in
+        vx) set -- "$vx" highlight "$file" --format ansi --colors 256 ;;
+        bat) set -- "$bat" --color=always --paging=never --style=plain "$file" ;;
+        highlight) set -- highlight -O ansi --force -i "$file" ;;
+        source_highlight) set -- source-highlight --failsafe -f esc -i "$file" -o STDOUT ;;
+        *) set -- sh -c "$tool" ;;  # a shell command line
+    esac
+    start=$(date +%s.%N)
+    /usr/bin/time -f %M -o "$work/mem" "$@" > "$work/out" 2>/dev/null || true
+    end=$(date +%s.%N)
+    echo "$(echo "$end - $start" | bc -l) $(tail -n 1 "$work/mem")"
+}
+median() { sort -g | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
+
+# Why a peer's output does not count, or "ok": no colour at all, or the longest line plain
+# after its first 16 KiB (more than a closing reset there).
+coloured() {
+    awk 'BEGIN { escapes = 0 }
+         { escapes += gsub(/\033\[[0-9;]*[1-9][0-9;]*m/, "&") }
+         length($0) > max { max = length($0); line = $0 }
+         END { if (escapes == 0) { print "no-colour"; exit }
+               if (max > 16384) { rest = substr(line, 16385); if (gsub(/\033\[/, "", rest) <= 2) { print "long-line-plain"; exit } }
+               print "ok" }' "$work/out"
 }
 
-# Whether the output's longest line is coloured past its first 16 KiB (more than a closing reset
-# there); "-" when no line is that long.
-long_line_coloured() {
-    awk 'length($0) > max { max = length($0); line = $0 }
-         END { if (max <= 16384) { print "-"; exit }
-               rest = substr(line, 16385); print (gsub(/\033\[/, "", rest) > 2 ? "yes" : "no") }' "$work/out"
-}
-
-run_vx() { "$vx" highlight "$1" --format ansi; }
-run_bat() { "$bat" --color=always --paging=never --style=plain "$1"; }
-run_highlight() { highlight -O ansi --force -i "$1"; }
-run_pygmentize() { /usr/bin/pygmentize -f terminal256 "$1"; }
-
-printf '%-16s %9s  %-10s %8s %8s %8s  %s\n' file KB tool seconds MB/s x-best long-line
+printf '%-16s %9s | %-16s %8s %7s | %-20s %8s %7s | %7s\n' file KB tool seconds MB "fastest peer" seconds MB ratio
 for file in $files; do
     size=$(stat -c %s "$file")
     name=$(basename "$file")
-    fastest_peer=""
-    results=""
-    for tool in vx bat highlight pygmentize; do
-        t=$(best_of_three "run_$tool" "$file")
-        rate=$(echo "$size / 1000000 / $t" | bc -l)
-        coloured=$(long_line_coloured)
-        if [ "$tool" != vx ] && [ "$coloured" != no ] && { [ -z "$fastest_peer" ] || [ "$(echo "$rate > $fastest_peer" | bc -l)" = 1 ]; }; then
-            fastest_peer=$rate
+    best_tool="" best_time="" notes=""
+    for tool in vx bat highlight source_highlight; do
+        : > "$work/times"; : > "$work/mems"
+        i=0
+        while [ $i -lt "$runs" ]; do
+            set -- $(measure "$tool" "$file")
+            echo "$1" >> "$work/times"; echo "$2" >> "$work/mems"
+            i=$((i + 1))
+        done
+        t=$(median < "$work/times")
+        m=$(echo "$(median < "$work/mems") / 1024" | bc -l)
+        if [ "$tool" = vx ]; then
+            vx_time=$t vx_mem=$m vx_ok=$(coloured)
+            continue
         fi
-        results="$results$tool $t $rate $coloured
-"
+        ok=$(coloured)
+        notes="$notes $tool=$(printf '%.3f' "$t")s/$(printf '%.0f' "$m")MB"
+        if [ "$ok" != ok ]; then notes="$notes($ok)"; continue; fi
+        if [ -z "$best_time" ] || [ "$(echo "$t < $best_time" | bc -l)" = 1 ]; then
+            best_tool=$tool best_time=$t best_mem=$m
+        fi
     done
-    echo "$results" | while read -r tool t rate coloured; do
-        [ -n "$tool" ] || continue
-        printf '%-16s %9.0f  %-10s %8.3f %8.2f %8.2f  %s\n' "$name" "$(echo "$size / 1000" | bc -l)" "$tool" "$t" "$rate" \
-            "$(echo "$rate / $fastest_peer" | bc -l)" "$coloured"
-    done
+    if [ -n "$best_time" ]; then
+        printf '%-16s %9.0f | %-16s %8.3f %7.1f | %-20s %8.3f %7.1f | %6.2fx\n' "$name" "$(echo "$size / 1000" | bc -l)" \
+            "vx($vx_ok)" "$vx_time" "$vx_mem" "$best_tool" "$best_time" "$best_mem" "$(echo "$best_time / $vx_time" | bc -l)"
+    else
+        printf '%-16s %9.0f | %-16s %8.3f %7.1f | %-20s\n' "$name" "$(echo "$size / 1000" | bc -l)" "vx($vx_ok)" "$vx_time" "$vx_mem" "(no peer coloured it)"
+    fi
+    echo "      peers:$notes"
 done
 
-# One long line, longer and longer: the time per megabyte should stay flat.
-line=$(tail -n 1 /usr/share/javascript/jquery/jquery.min.js)
+# Memory must not grow with the number of lines: the same C text repeated 1, 4 and 16 times.
 echo
-echo "vx on one minified line repeated k times (k x $(printf %s "$line" | wc -c) bytes):"
-for k in 1 2 4 8; do
-    : > "$work/long.js"
+echo "vx peak memory as the input grows (sqlite3.h repeated k times, through a pipe):"
+for k in 1 4 16; do
     i=0
-    while [ $i -lt $k ]; do printf '%s' "$line" >> "$work/long.js"; i=$((i + 1)); done
-    echo >> "$work/long.js"
-    size=$(stat -c %s "$work/long.js")
-    t=$(best_of_three run_vx "$work/long.js")
-    printf '  k=%d  %8.0f KB  %7.3f s  %6.2f MB/s\n' "$k" "$(echo "$size / 1000" | bc -l)" "$t" "$(echo "$size / 1000000 / $t" | bc -l)"
+    while [ $i -lt $k ]; do cat /usr/include/sqlite3.h; i=$((i + 1)); done > "$work/big.h"
+    set -- $(measure "\"$vx\" highlight - --language c --format ansi < \"$work/big.h\"" -)
+    printf '  k=%-3d %8.1f MB in  %6.2f s  %6.1f MB peak\n' "$k" "$(echo "$(stat -c %s "$work/big.h") / 1000000" | bc -l)" "$1" \
+        "$(echo "$2 / 1024" | bc -l)"
 done
