@@ -69,8 +69,12 @@ std::string VXContext::environmentString() const {
 }
 
 bool VXContext::equalZoneDefinitions(const VXContext& other) const {
+    // End patterns built from a start match are shared per distinct text, so comparing the
+    // pointers compares the texts; zones without one hold null on both sides.
     return std::equal(m_zones.begin(), m_zones.end(), other.m_zones.begin(), other.m_zones.end(),
-                      [](const VXSyntaxZone& a, const VXSyntaxZone& b) { return a.definition == b.definition; });
+                      [](const VXSyntaxZone& a, const VXSyntaxZone& b) {
+                          return a.definition == b.definition && a.endPattern == b.endPattern;
+                      });
 }
 
 }  // namespace vx

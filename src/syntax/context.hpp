@@ -48,8 +48,9 @@ public:
     // back by VXSelector::matchesBasicContext ("source.js string.quoted").
     std::string environmentString() const;
 
-    // Same definitions in the same order (scopes and ranges aside): whether re-highlighting from
-    // either context would go the same way.
+    // Same definitions in the same order (scopes and ranges aside), and for a zone whose end refers
+    // back to its start (a heredoc's delimiter) the same end pattern: whether highlighting on from
+    // either context would go the same way. The incremental walk stops on it.
     bool equalZoneDefinitions(const VXContext& other) const;
 
     friend bool operator==(const VXContext&, const VXContext&) = default;

@@ -1,6 +1,7 @@
 #include "syntax/incremental_highlighter.hpp"
 
 #include <algorithm>
+#include <set>
 
 #include "document/single_file_document.hpp"
 #include "syntax/document_highlighter.hpp"
@@ -12,16 +13,10 @@ namespace {
 // An edit that spans more lines than this is highlighted like a newly opened document: in the
 // background, visible lines first, rather than with the document waiting for every line.
 constexpr uint64_t kLargestWaitedBatch = 512;
-
-// Whether re-highlighting from either context would go the same way: the same open definitions
-// in the same order, and for a zone whose end refers back to its start (a heredoc's delimiter)
-// the same end pattern. Where the zones opened does not matter.
-bool sameOpenZones(const VXContext& a, const VXContext& b) {
-    if (!a.equalZoneDefinitions(b)) return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (a[i].endPattern != b[i].endPattern) return false;
-    return true;
-}
+// Lines past an edit (and past the visible lines below it) that the walk re-parses before the
+// edit returns; a longer walk (a comment opened at the top of a long file) goes on in the
+// background, so that no keystroke waits for it.
+constexpr uint64_t kLinesWalkedWithTheEdit = 64;
 
 const VXSyntaxRuleset* catalogRuleset(const DocumentLanguage& language) {
     const VXLanguageCatalog& catalog = VXLanguageCatalog::sharedCatalog();
@@ -67,6 +62,7 @@ void VXIncrementalHighlighter::willReplaceContents() {
     std::lock_guard lock(m_mutex);
     for (auto& marker : m_markers) marker->releaseFuture();
     m_markers.clear();
+    m_breaks.clear();
     m_front = 0;
     m_stopping = false;
 }
@@ -89,6 +85,7 @@ void VXIncrementalHighlighter::recomputeCache(Range editedRange, int64_t changeI
 void VXIncrementalHighlighter::rebuildAll() {
     for (auto& marker : m_markers) marker->releaseFuture();
     m_markers.clear();
+    m_breaks.clear();
     m_front = 0;
     m_shift = 0;
     m_shiftFrom = 0;
@@ -158,6 +155,7 @@ void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLeng
     }
 
     moveShift(lastOld + 1, changeInLength);
+    moveBreaks(first, lastOld, static_cast<int64_t>(newCount) - static_cast<int64_t>(oldCount));
     // Replace the touched markers: the first ones are kept (their start contexts are the best
     // guess for the parse below), the rest are removed or new ones inserted.
     auto begin = m_markers.begin() + static_cast<ptrdiff_t>(first);
@@ -212,23 +210,43 @@ void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLeng
     for (uint64_t line = first; line < first + newCount; ++line) {
         VXSyntaxLineMarker& marker = *m_markers[line];
         if (marker.completion != VXSyntaxLineMarker::kCompletionValid &&
-            !(marker.completion == VXSyntaxLineMarker::kCompletionToConfirm && sameOpenZones(marker.startContext, running)))
+            !(marker.completion == VXSyntaxLineMarker::kCompletionToConfirm && marker.startContext.equalZoneDefinitions(running)))
             parseLine(line, running, &m_mainState);
         marker.completion = VXSyntaxLineMarker::kCompletionValid;
         reportLine(line);
         marker.releaseFuture();
         running = marker.endContext;
     }
-    // 3. Past the edit, until a line starts where it started before (or the walk's front).
+    // 3. Past the edit, until a line starts where it started before (or the walk's front); the
+    // shown lines now, the rest in the background from a break left where this walk ends.
+    const Range visible = m_order.visibleLines();
+    uint64_t limit = first + newCount + kLinesWalkedWithTheEdit;
+    if (visible.location <= first + newCount && visible.end() > first + newCount) limit += visible.end() - first - newCount;
     for (uint64_t line = first + newCount; line < m_front; ++line) {
         VXSyntaxLineMarker& marker = *m_markers[line];
-        if (sameOpenZones(marker.startContext, running)) break;
+        m_breaks.erase(line);
+        if (marker.startContext.equalZoneDefinitions(running)) break;
+        if (line >= limit) {
+            m_breaks.insert(line);
+            scheduleBackground();
+            break;
+        }
         marker.holdFuture();
         parseLine(line, running, &m_mainState);
         reportLine(line);
         marker.releaseFuture();
         running = marker.endContext;
     }
+}
+
+void VXIncrementalHighlighter::moveBreaks(uint64_t first, uint64_t lastOld, int64_t lineDelta) {
+    // Breaks on the edited lines go (those lines are confirmed now); later ones move with their lines.
+    std::set<uint64_t> moved;
+    for (uint64_t line : m_breaks) {
+        if (line < first) moved.insert(line);
+        else if (line > lastOld) moved.insert(static_cast<uint64_t>(static_cast<int64_t>(line) + lineDelta));
+    }
+    m_breaks.swap(moved);
 }
 
 VXContext VXIncrementalHighlighter::contextBefore(uint64_t line) const {
@@ -272,6 +290,25 @@ void VXIncrementalHighlighter::backgroundTurn() {
     text.leave();
 }
 
+VXIncrementalHighlighter::BreakStep VXIncrementalHighlighter::walkFirstBreakLocked(VXSyntaxParseState& state) {
+    const uint64_t line = *m_breaks.begin();
+    m_breaks.erase(m_breaks.begin());
+    if (line >= m_front) return BreakStep::Done;  // the walk from the front parses it anyway
+    if (!markerMatchesText(line)) {
+        m_breaks.insert(line);
+        return BreakStep::TextChanged;
+    }
+    VXSyntaxLineMarker& marker = *m_markers[line];
+    const VXContext running = contextBefore(line);
+    if (marker.startContext.equalZoneDefinitions(running)) return BreakStep::Done;
+    marker.holdFuture();
+    parseLine(line, running, &state);
+    reportLine(line);
+    marker.releaseFuture();
+    if (line + 1 < m_markers.size()) m_breaks.insert(line + 1);
+    return BreakStep::Parsed;
+}
+
 bool VXIncrementalHighlighter::markerMatchesText(uint64_t line) const {
     const VXTextStorage& text = storage();
     if (line >= text.lineCount()) return false;
@@ -294,12 +331,19 @@ bool VXIncrementalHighlighter::runBackgroundLocked() {
         reportLine(line);
     }
 
-    for (uint64_t budget = m_order.linesPerTurn(); budget > 0 && m_front < count; --budget) {
+    // Walks an edit left behind: from each break until a line starts where it started before.
+    uint64_t budget = m_order.linesPerTurn();
+    for (; budget > 0 && !m_breaks.empty(); --budget) {
+        const auto step = walkFirstBreakLocked(state);
+        if (step == BreakStep::TextChanged) return false;
+    }
+
+    for (; budget > 0 && m_front < count; --budget) {
         const uint64_t line = m_front;
         VXSyntaxLineMarker& marker = *m_markers[line];
         if (!markerMatchesText(line)) return false;
         const VXContext running = contextBefore(line);
-        if (marker.completion == VXSyntaxLineMarker::kCompletionNone || !sameOpenZones(marker.startContext, running)) {
+        if (marker.completion == VXSyntaxLineMarker::kCompletionNone || !marker.startContext.equalZoneDefinitions(running)) {
             parseLine(line, running, &state);
             reportLine(line);
         }
@@ -307,7 +351,7 @@ bool VXIncrementalHighlighter::runBackgroundLocked() {
         marker.releaseFuture();
         ++m_front;
     }
-    return m_front < count;
+    return m_front < count || !m_breaks.empty();
 }
 
 // --- readers ---------------------------------------------------------------------------------------
@@ -333,13 +377,16 @@ std::optional<VXIncrementalHighlighter::LineZones> VXIncrementalHighlighter::zon
             marker = m_markers[line];
         }
         marker->future().wait();  // never while holding the lock: the walk needs it to go on
+        // A walk that an edit left to the background may still have to pass the line.
+        std::unique_lock lock(m_mutex);
+        m_settledChanged.wait(lock, [&] { return line >= m_markers.size() || isConfirmedLocked(line); });
     }
     std::lock_guard lock(m_mutex);
     if (line >= m_markers.size()) return std::nullopt;
     VXSyntaxLineMarker& marker = *m_markers[line];
     auto snapshot = marker.currentZones();
     if (!snapshot) return std::nullopt;
-    LineZones out{std::move(snapshot->zones), marker.startContext, snapshot->settled};
+    LineZones out{std::move(snapshot->zones), marker.startContext, snapshot->settled && isConfirmedLocked(line)};
     const auto start = static_cast<int64_t>(storedStart(line));
     for (VXSyntaxZone& zone : out.zones) zone.offsetBy(start);
     return out;
@@ -347,6 +394,15 @@ std::optional<VXIncrementalHighlighter::LineZones> VXIncrementalHighlighter::zon
 
 std::vector<std::string> VXIncrementalHighlighter::scopesAtLocation(uint64_t location) {
     const uint64_t line = storage().lineIndexForPosition(location);
+    {
+        // The document's thread asks (its text cannot change meanwhile): a walk the background
+        // has not yet done up to this line is done here rather than waited for, so that a
+        // caller inside a batch of edits (which keeps background readers out) cannot hang.
+        std::lock_guard lock(m_mutex);
+        while (!m_breaks.empty() && *m_breaks.begin() <= line)
+            if (walkFirstBreakLocked(m_mainState) == BreakStep::TextChanged) break;
+        m_settledChanged.notify_all();
+    }
     auto zones = zonesForLine(line, Wait::Yes);
     if (!zones) return {};
     VXHighlightedLine highlighted;
@@ -373,12 +429,16 @@ Range VXIncrementalHighlighter::lineRange(uint64_t line) const {
 
 bool VXIncrementalHighlighter::isSettled() const {
     std::lock_guard lock(m_mutex);
-    return m_front >= m_markers.size();
+    return m_front >= m_markers.size() && m_breaks.empty();
 }
 
 void VXIncrementalHighlighter::waitUntilSettled() {
     std::unique_lock lock(m_mutex);
-    m_settledChanged.wait(lock, [this] { return m_front >= m_markers.size(); });
+    m_settledChanged.wait(lock, [this] { return m_front >= m_markers.size() && m_breaks.empty(); });
+}
+
+bool VXIncrementalHighlighter::isConfirmedLocked(uint64_t line) const {
+    return line < m_front && (m_breaks.empty() || *m_breaks.begin() > line);
 }
 
 std::vector<uint64_t> VXIncrementalHighlighter::takeParsedLines() {

@@ -10,7 +10,10 @@
 //      edit, each edited line is kept when it was parsed from a context with the same zone
 //      definitions as the running one, else parsed again from the running context;
 //   4. the walk goes on past the edit and stops at the first line whose stored start context has
-//      the same zone definitions as the running context (or at the document's end).
+//      the same zone definitions as the running context (or at the document's end). The edit
+//      waits only for the visible lines below it and a few more; a longer walk (a "/*" typed at
+//      the top of a long file) is left as a break that the background queue walks on from,
+//      with the same early stop. Until it passes a line, the line's zones are provisional.
 // Every re-parsed line's range goes to invalidator(), which hands merged ranges to the view on
 // the main run loop.
 //
@@ -37,6 +40,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -114,6 +118,13 @@ private:
     bool runBackgroundLocked();
     bool markerMatchesText(uint64_t line) const;
     void stopBackground();
+    void moveBreaks(uint64_t first, uint64_t lastOld, int64_t lineDelta);
+    // One step of a walk from the first break: the line there confirmed or parsed again (and
+    // the break moved to the next line), or TextChanged when the text is ahead of the markers.
+    enum class BreakStep { Done, Parsed, TextChanged };
+    BreakStep walkFirstBreakLocked(VXSyntaxParseState& state);
+    // Parsed from a start context that the lines above confirm (no walk still to pass it).
+    bool isConfirmedLocked(uint64_t line) const;
 
     VXSingleFileDocument* m_document = nullptr;
     VXTextStorage* m_storage = nullptr;
@@ -130,6 +141,9 @@ private:
     int64_t m_shift = 0;
     // Every line before the front is confirmed; the background walk goes on from it.
     uint64_t m_front = 0;
+    // Lines before the front whose start context may differ from the end of the line above:
+    // where an edit's walk was left to the background. The background walks on from each.
+    std::set<uint64_t> m_breaks;
     VXColoringOrder m_order;
     VXSyntaxParseState m_mainState;        // the document thread's
     VXSyntaxParseState m_backgroundState;  // the background queue's

@@ -155,6 +155,45 @@ TEST(Rehighlight, VisibleLinesAreColouredAheadAndConfirmedLater) {
     }
 }
 
+TEST(Rehighlight, ALongWalkGoesOnInTheBackgroundWithTheSameEarlyStop) {
+    // "/*" typed at the top of a long file comments out everything down to the "*/" near its end:
+    // the edit re-parses the shown lines and a few more, the background walks on to the "*/".
+    std::u16string text;
+    for (int i = 0; i < 4000; ++i) text += i == 3000 ? u"int z; */ int w;\n" : u"int x = 1;\n";
+    HighlightedDocument doc("c", text);
+    doc.highlighter->setVisibleLines(0, 40);
+    doc.highlighter->waitUntilSettled();
+    doc.highlighter->takeParsedLines();
+    doc.replace(0, 0, u"/*");
+    const std::vector<uint64_t> withTheEdit = doc.highlighter->takeParsedLines();
+    ASSERT_FALSE(withTheEdit.empty());
+    EXPECT_GE(withTheEdit.back(), 39u) << "the shown lines are coloured before the edit returns";
+    EXPECT_LT(withTheEdit.back(), 500u) << "the rest is left to the background";
+    // A reader that waits gets the line as the finished walk leaves it, inside the comment.
+    const auto late = doc.highlighter->zonesForLine(2000, Wait::Yes);
+    ASSERT_TRUE(late && late->settled);
+    EXPECT_EQ(late->startContext.size(), 2u);
+    EXPECT_EQ(differenceFromFullParse(doc), "");
+    // The walk stopped where the old contexts came back: after the "*/" line.
+    const std::vector<uint64_t> walked = doc.highlighter->takeParsedLines();
+    ASSERT_FALSE(walked.empty());
+    EXPECT_EQ(walked.back(), 3000u);
+
+    // Asking for the scopes somewhere the walk has yet to pass does the walk up to there.
+    doc.replace(0, 0, u"/*");
+    const std::vector<std::string> scopes = doc.highlighter->scopesAtLocation(doc.highlighter->lineRange(2500).location);
+    ASSERT_EQ(scopes.size(), 2u);
+    EXPECT_NE(scopes.back().find("comment.block"), std::string::npos) << scopes.back();
+    doc.replace(0, 2, u"");
+    EXPECT_EQ(differenceFromFullParse(doc), "");
+
+    // Typing further down while a walk is under way moves its break along; all settles right.
+    doc.replace(0, 2, u"");
+    doc.replace(doc.highlighter->lineRange(1000).location, 0, u"/*\n\n");
+    doc.replace(doc.highlighter->lineRange(10).location, 0, u"x\n");
+    EXPECT_EQ(differenceFromFullParse(doc), "");
+}
+
 TEST(Rehighlight, ScopesAtALocation) {
     HighlightedDocument doc("c", kSource);
     const uint64_t inString = offsetOfLine(doc, 6) + 15;

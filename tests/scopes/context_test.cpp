@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "syntax/context.hpp"
+#include "syntax/pattern_definition.hpp"
 
 namespace vx {
 namespace {
@@ -64,6 +65,28 @@ TEST(Context, ComparisonByDefinitionsIgnoresScopesAndRanges) {
     EXPECT_FALSE(a.equalZoneDefinitions(swapped));
     EXPECT_TRUE(VXContext().equalZoneDefinitions(VXContext::basicContext()));
     EXPECT_EQ(a, VXContext(a));
+}
+
+TEST(Context, ComparisonTellsEndPatternsBuiltFromTheStartApart) {
+    // Two heredocs open with the same definition but different delimiters end differently.
+    auto eof = std::make_shared<const VXSyntaxEndPatternInstance>();
+    auto end = std::make_shared<const VXSyntaxEndPatternInstance>();
+    VXContext a, b, c;
+    for (VXContext* context : {&a, &b, &c}) context->push(zone("source.sh", kDefinitionA));
+    VXSyntaxZone heredoc = zone("string.unquoted.heredoc", kDefinitionB, {4, 0});
+    heredoc.endPattern = eof;
+    a.push(heredoc);
+    heredoc.range = {90, 0};
+    b.push(heredoc);  // the same delimiter opened elsewhere
+    heredoc.endPattern = end;
+    c.push(heredoc);
+    EXPECT_TRUE(a.equalZoneDefinitions(b));
+    EXPECT_FALSE(a.equalZoneDefinitions(c));
+    heredoc.endPattern = nullptr;
+    VXContext plain;
+    plain.push(zone("source.sh", kDefinitionA));
+    plain.push(heredoc);
+    EXPECT_FALSE(plain.equalZoneDefinitions(a));
 }
 
 TEST(Zone, OffsetMovesBothRangesAndCaptures) {
