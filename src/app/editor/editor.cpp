@@ -1,4 +1,5 @@
 #include "app/editor/editor.hpp"
+#include "app/editor/symbol_navigation.hpp"
 
 #include <algorithm>
 
@@ -55,6 +56,7 @@ Editor::Editor()
     registerEditingCommands(*this);
     registerFileCommands(*this);
     registerDocumentCommands(*this);
+    registerSymbolCommands(*this);
 }
 
 size_t Editor::runAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,

@@ -21,10 +21,7 @@ bool isPlainCharacter(const KeyEvent& key) {
     return key.key == Key::Character && !(key.modifiers & (tui::kCtrl | tui::kAlt | tui::kSuper)) && key.codepoint >= 0x20;
 }
 
-// A framed box centred over the text area, `rows` inside; answers its left, top and width.
-struct Box {
-    int left, top, width, rows;
-};
+}  // namespace
 
 Box drawBox(tui::Screen& screen, const Layout& layout, int wantWidth, int rows, const tui::Style& style) {
     int width = std::min(wantWidth + 4, std::max(layout.width - 2, 8));
@@ -34,8 +31,6 @@ Box drawBox(tui::Screen& screen, const Layout& layout, int wantWidth, int rows, 
     for (int y = top; y < top + rows + 2; ++y) screen.fill(left, y, width, style);
     return {left, top, width, rows};
 }
-
-}  // namespace
 
 std::vector<std::string> wrapText(std::string_view text, int width) {
     std::vector<std::string> lines;

@@ -25,6 +25,12 @@ struct Layout {
     int statusRow = 0, messageRow = 0;
 };
 
+// A framed box centred over the text area with `rows` rows inside, filled with the style.
+struct Box {
+    int left, top, width, rows;
+};
+Box drawBox(tui::Screen& screen, const Layout& layout, int wantWidth, int rows, const tui::Style& style);
+
 class Modal {
 public:
     virtual ~Modal() = default;

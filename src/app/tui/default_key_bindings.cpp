@@ -44,6 +44,9 @@ std::string_view KeyBindings::defaultBindingsText() {
     (find-next f3 ctrl+g)
     (find-previous shift+f3 ctrl+shift+g)
     (go-to-line ctrl+l)
+    (go-to-symbol ctrl+r)
+    (go-to-definition f12)
+    (go-to-project-symbol ctrl+shift+r)
 
     # moving; the select- forms extend the selection
     (move-left left) (select-left shift+left)
