@@ -3,7 +3,7 @@
 // storage, so it reaches the document's edit hooks and, through them, the highlighter.
 #pragma once
 
-#include "app/editor/text_buffer.hpp"
+#include "editing/text_buffer.hpp"
 #include "document/single_file_document.hpp"
 
 namespace vx::editor {

@@ -47,18 +47,9 @@ void registerMotions(Editor& editor) {
 void copySelection(Editor& editor, bool cut) {
     Tab* tab = editor.activeTab();
     if (!tab) return;
-    Selection selection = tab->selection();
-    if (selection.isEmpty()) {
-        // With nothing selected, the whole line (with its line break) is what is copied or cut.
-        uint64_t line = tab->caretLine();
-        uint64_t start = tab->text().lineStart(line);
-        uint64_t end = line + 1 < tab->text().lineCount() ? tab->text().lineStart(line + 1) : tab->text().length();
-        editor.setClipboard(tab->text().substring({start, end - start}));
-        if (cut) tab->replaceRange({start, end - start}, u"", Selection::caretAt(start));
-        return;
-    }
-    editor.setClipboard(tab->selectedText());
-    if (cut) tab->replaceRange(selection.range(), u"", Selection::caretAt(selection.range().location));
+    // Each selection's text; with nothing selected, the whole line with its line break.
+    editor.setClipboard(tab->view().copyTexts(), tab->lineBreak());
+    if (cut) tab->view().cut();
 }
 
 void startFind(Editor& editor) {
@@ -132,22 +123,26 @@ void registerEditingCommands(Editor& editor) {
     registerMotions(editor);
     editor.addCommand("undo", onTab([](Tab& t) { t.undo(); }));
     editor.addCommand("redo", onTab([](Tab& t) { t.redo(); }));
-    editor.addCommand("newline", onTab([](Tab& t) { t.insertNewline(); }));
-    editor.addCommand("indent", onTab([](Tab& t) { t.indent(); }));
-    editor.addCommand("unindent", onTab([](Tab& t) { t.unindent(); }));
-    editor.addCommand("delete-backward", onTab([](Tab& t) { t.deleteBackward(); }));
-    editor.addCommand("delete-forward", onTab([](Tab& t) { t.deleteForward(); }));
-    editor.addCommand("delete-word-backward", onTab([](Tab& t) { t.deleteWordBackward(); }));
-    editor.addCommand("delete-word-forward", onTab([](Tab& t) { t.deleteWordForward(); }));
-    editor.addCommand("select-all", onTab([](Tab& t) { t.selectAll(); }));
+    editor.addCommand("newline", onTab([](Tab& t) { t.view().insertNewline(); }));
+    editor.addCommand("indent", onTab([](Tab& t) { t.view().indent(); }));
+    editor.addCommand("unindent", onTab([](Tab& t) { t.view().unindent(); }));
+    editor.addCommand("delete-backward", onTab([](Tab& t) { t.view().deleteBackward(); }));
+    editor.addCommand("delete-forward", onTab([](Tab& t) { t.view().deleteForward(); }));
+    editor.addCommand("delete-word-backward", onTab([](Tab& t) { t.view().deleteWordBackward(); }));
+    editor.addCommand("delete-word-forward", onTab([](Tab& t) { t.view().deleteWordForward(); }));
+    editor.addCommand("select-all", onTab([](Tab& t) { t.view().selectAll(); }));
     editor.addCommand("copy", [](Editor& e) { copySelection(e, false); });
     editor.addCommand("cut", [](Editor& e) { copySelection(e, true); });
     editor.addCommand("paste", [](Editor& e) {
-        if (Tab* tab = e.activeTab(); tab && !e.clipboard().empty()) tab->insertText(e.clipboard());
+        Tab* tab = e.activeTab();
+        if (!tab || e.clipboard().empty()) return;
+        // One piece per selection when the counts match; otherwise the whole text at each.
+        if (e.clipboardPieces().size() > 1 && e.clipboardPieces().size() == tab->view().selections().size())
+            tab->view().insertTexts(e.clipboardPieces());
+        else
+            tab->insertText(e.clipboard());
     });
-    editor.addCommand("cancel", [](Editor& e) {
-        if (Tab* tab = e.activeTab()) tab->setSelection(Selection::caretAt(tab->selection().caret));
-    });
+    editor.addCommand("cancel", onTab([](Tab& t) { t.view().collapseSelections(); }));
     editor.addCommand("find", startFind);
     editor.addCommand("find-next", [](Editor& e) { e.findNext(true); });
     editor.addCommand("find-previous", [](Editor& e) { e.findNext(false); });

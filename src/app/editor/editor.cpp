@@ -54,6 +54,7 @@ std::string digitsOf(uint64_t value) {
 Editor::Editor()
     : m_bindings(tui::KeyBindings::defaults()), m_colors(defaultColors()), m_styler(std::make_unique<BasicScopeStyler>()) {
     registerEditingCommands(*this);
+    registerSelectionCommands(*this);
     registerFileCommands(*this);
     registerDocumentCommands(*this);
     registerSymbolCommands(*this);
@@ -178,8 +179,9 @@ void Editor::runCommand(const std::string& name) {
         return;
     }
     // Whatever a command does, a run of typing ends here (saving must see the typed text as a
-    // finished change, and undo must not merge it with what comes next).
-    if (Tab* tab = activeTab()) tab->endTyping();
+    // finished change, and undo must not merge it with what comes next). A run of deletions
+    // goes on as one undo step while the same deleting key is pressed.
+    if (Tab* tab = activeTab(); tab && name != "delete-backward" && name != "delete-forward") tab->endTyping();
     // Copy: a command may replace the table (rebinding) while it runs.
     Command command = found->second;
     command(*this);
@@ -233,14 +235,33 @@ void Editor::handleMouse(const tui::MouseEvent& mouse) {
     int row = std::clamp(mouse.y - l.textTop, -1, l.textRows);
     int64_t line = static_cast<int64_t>(tab->topLine) + row;
     uint64_t column = tab->leftColumn + static_cast<uint64_t>(std::max(mouse.x - l.gutterWidth, 0));
+    auto lineAt = static_cast<uint64_t>(std::max<int64_t>(line, 0));
+    // Alt with a press and a drag selects a block, one selection per line.
+    if (mouse.modifiers & tui::kAlt) {
+        if (mouse.action == tui::MouseAction::Press) m_columnDragAnchor = {lineAt, column};
+        if (m_columnDragAnchor)
+            tab->view().setColumnSelection(m_columnDragAnchor->first, m_columnDragAnchor->second, lineAt, column);
+        m_dragging = true;
+        revealCaret();
+        return;
+    }
+    m_columnDragAnchor.reset();
     bool extend = mouse.action == tui::MouseAction::Drag || (mouse.modifiers & tui::kShift);
-    tab->placeCaret(static_cast<uint64_t>(std::max<int64_t>(line, 0)), column, extend);
+    tab->placeCaret(lineAt, column, extend);
     m_dragging = true;
     revealCaret();
 }
 
+void Editor::setClipboard(std::vector<std::u16string> pieces, std::u16string_view lineBreak) {
+    std::u16string joined;
+    for (size_t i = 0; i < pieces.size(); ++i) joined += (i ? std::u16string(lineBreak) : u"") + pieces[i];
+    setClipboard(std::move(joined));
+    m_clipboardPieces = std::move(pieces);
+}
+
 void Editor::setClipboard(std::u16string text) {
     m_clipboard = std::move(text);
+    m_clipboardPieces = {m_clipboard};
     m_terminalRequests += "\x1b]52;c;" + base64(utf8FromUtf16(m_clipboard)) + "\x07";
 }
 
@@ -321,6 +342,19 @@ void Editor::drawText(tui::Screen& screen, const Layout& l) {
     }
     const TextBuffer& text = tab->text();
     Range selection = tab->selection().range();
+    // Every selection is shaded; carets other than the primary show as inverted cells (the
+    // terminal has one cursor, which stays on the primary).
+    std::vector<Range> selected;
+    std::vector<uint64_t> carets;
+    for (const Selection& s : tab->view().selections()) {
+        if (!s.isEmpty()) selected.push_back(s.range());
+        if (s.caret != tab->selection().caret) carets.push_back(s.caret);
+    }
+    auto isSelected = [&](uint64_t offset) {
+        auto after = std::upper_bound(selected.begin(), selected.end(), offset, [](uint64_t o, const Range& r) { return o < r.location; });
+        return after != selected.begin() && offset < std::prev(after)->end();
+    };
+    auto isCaret = [&](uint64_t offset) { return std::binary_search(carets.begin(), carets.end(), offset); };
     uint64_t caretLine = tab->caretLine();
     int textLeft = l.gutterWidth;
     int tabSize = tab->tabSize();
@@ -353,8 +387,8 @@ void Editor::drawText(tui::Screen& screen, const Layout& l) {
                 while (run < runs->size() && (*runs)[run].end <= ch.offset) ++run;
                 if (run < runs->size() && (*runs)[run].start <= ch.offset) style = (*runs)[run].style;
             }
-            bool selected = offset >= selection.location && offset < selection.end();
-            if (selected) style.background = m_colors.selection;
+            if (isSelected(offset)) style.background = m_colors.selection;
+            if (isCaret(offset)) style.attributes |= tui::kReverse;
             if (ch.width == 0) {
                 if (ch.column > left) screen.put(textLeft + static_cast<int>(ch.column - left), y, ch.codepoint, style);
                 return true;
@@ -374,11 +408,14 @@ void Editor::drawText(tui::Screen& screen, const Layout& l) {
             }
             return true;
         });
-        // A selection that takes in the line break shows one cell past the line's end.
+        // A selection that takes in the line break shows one cell past the line's end, and so
+        // does a secondary caret there.
         uint64_t endColumn = columnForOffset(lineText, lineText.size(), tabSize);
-        if (content.end() >= selection.location && content.end() < selection.end() && endColumn >= left && endColumn < right) {
+        bool breakSelected = isSelected(content.end()) && content.end() < text.length();
+        if ((breakSelected || isCaret(content.end())) && endColumn >= left && endColumn < right) {
             tui::Style style = lineStyle;
-            style.background = m_colors.selection;
+            if (breakSelected) style.background = m_colors.selection;
+            if (isCaret(content.end())) style.attributes |= tui::kReverse;
             screen.fill(textLeft + static_cast<int>(endColumn - left), y, 1, style);
         }
     }

@@ -78,7 +78,11 @@ public:
 
     // The internal clipboard; copying also asks the terminal to set its own (OSC 52).
     const std::u16string& clipboard() const { return m_clipboard; }
+    // The texts of the selections it was copied from (one for a single selection).
+    const std::vector<std::u16string>& clipboardPieces() const { return m_clipboardPieces; }
     void setClipboard(std::u16string text);
+    // Copied from several selections: the pieces, and joined with line breaks for one selection.
+    void setClipboard(std::vector<std::u16string> pieces, std::u16string_view lineBreak);
     // Escape sequences for the terminal beyond the frame itself (OSC 52), taken by the front end.
     std::string takeTerminalRequests() { return std::exchange(m_terminalRequests, {}); }
 
@@ -128,6 +132,7 @@ private:
     std::unique_ptr<Modal> m_modal;
     Message m_message;
     std::u16string m_clipboard;
+    std::vector<std::u16string> m_clipboardPieces;
     std::string m_terminalRequests;
     std::u16string m_findQuery;
     EditorColors m_colors;
@@ -135,12 +140,15 @@ private:
     InputPump m_pump;
     bool m_quitRequested = false;
     bool m_dragging = false;
+    std::optional<std::pair<uint64_t, uint64_t>> m_columnDragAnchor;  // line and column of an Alt-drag
     std::vector<std::pair<int, int>> m_tabBarSpans;  // columns of each tab's title, for clicks
 };
 
 // Register the built-in commands on an editor: editing, moving, finding and tabs; the document's
 // encoding, line endings and the check for changes on disk.
 void registerEditingCommands(Editor& editor);
+// Several selections, the line transforms and the text recipes.
+void registerSelectionCommands(Editor& editor);
 void registerDocumentCommands(Editor& editor);
 
 }  // namespace vx::editor

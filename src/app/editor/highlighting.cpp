@@ -131,4 +131,25 @@ std::optional<std::vector<StyledRun>> TabHighlighter::runsForLine(const TextBuff
     return runs;
 }
 
+VXContext TabHighlighter::contextAt(const TextBuffer& text, uint64_t offset) {
+    uint64_t line = text.lineForOffset(offset);
+    VXContext start = contextForLine(text, line);
+    std::vector<VXSyntaxZone> events;
+    parseLine(text, line, start, events);
+    Range content = text.lineContentRange(line);
+    uint64_t column = std::min(offset, content.end()) - content.location;
+    VXLineZoneStack stack(start);
+    // At the line's end, the zones open over its last character (a zone that the line break
+    // closes is still open there); an empty line has only those it started with.
+    VXContext found = stack.context();
+    bool done = false;
+    VXWalkLineZones(stack, events, content.location, content.length,
+                    [&](uint64_t from, uint64_t to, const VXLineZoneStack& open) {
+                        if (done) return;
+                        if ((from <= column && column < to) || to == content.length) found = open.context();
+                        done = from <= column && column < to;
+                    });
+    return found;
+}
+
 }  // namespace vx::editor

@@ -51,6 +51,9 @@ public:
     // The runs of a line, or nothing while its context is still out of reach.
     std::optional<std::vector<StyledRun>> runsForLine(const TextBuffer& text, uint64_t line, const ScopeStyler& styler,
                                                       const tui::Style& base);
+    // The zones open at the character that follows `offset` (at a line's end, those open there):
+    // what auto-pairing and other typing aids match their selectors against.
+    VXContext contextAt(const TextBuffer& text, uint64_t offset);
     // An edit starting on `line`: what follows it may parse differently now.
     void invalidateFrom(uint64_t line);
     // Parses towards `target` for about `budget`; true once the context of `target` is known.

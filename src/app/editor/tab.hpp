@@ -1,12 +1,7 @@
-// One open document in the editor: the document, the selection, how far the view is scrolled, and
-// the editing operations a user performs on it. Every change goes through the document's text
-// storage and registers its inverse with the document's undo manager, so undo and redo restore
-// the text and the selection, and the document counts its unsaved changes.
-//
-// A selection is an anchor and a caret; the caret is where typing happens and the end that moves
-// when the selection is extended:
-//
-//     anchor=2 caret=5   "ab[cde|]fg"        anchor=5 caret=2   "ab[|cde]fg"
+// One open document in the editor: the document, the engine's text view over its text storage
+// (selections, editing, undo), and how far the view is scrolled. Editing itself is the engine's
+// (editing/text_view.hpp); the tab gives it the document's language, its scope contexts from
+// the highlighter, and terminal cells as columns.
 #pragma once
 
 #include <memory>
@@ -15,28 +10,25 @@
 
 #include "app/editor/document_text_buffer.hpp"
 #include "app/editor/highlighting.hpp"
-#include "app/editor/text_buffer.hpp"
 #include "document/document_hooks.hpp"
 #include "document/single_file_document.hpp"
+#include "editing/text_view.hpp"
 #include "platform/undo_manager.hpp"
+
+namespace vx {
+struct VXLanguage;
+}
 
 namespace vx::editor {
 
-struct Selection {
-    uint64_t anchor = 0;
-    uint64_t caret = 0;
-
-    static Selection caretAt(uint64_t offset) { return {offset, offset}; }
-    Range range() const {
-        return anchor < caret ? Range{anchor, caret - anchor} : Range{caret, anchor - caret};
-    }
-    bool isEmpty() const { return anchor == caret; }
-    friend bool operator==(const Selection&, const Selection&) = default;
+// Terminal cells: tabs to the next stop, wide characters two cells, marks none.
+class TerminalColumns final : public ColumnWidths {
+public:
+    uint64_t columnForOffset(std::u16string_view line, uint64_t offset, int tabSize) const override;
+    uint64_t offsetForColumn(std::u16string_view line, uint64_t column, int tabSize, bool nearest) const override;
 };
 
-enum class Motion { Left, Right, Up, Down, WordLeft, WordRight, LineStart, LineEnd, DocumentStart, DocumentEnd, PageUp, PageDown };
-
-class Tab final : public DocumentView, private HighlightingHook {
+class Tab final : public DocumentView, private HighlightingHook, private TextViewHost {
 public:
     // `path` names the file a document without one will be saved to (a file that does not exist yet).
     explicit Tab(std::unique_ptr<VXSingleFileDocument> document, std::string path = {});
@@ -48,12 +40,14 @@ public:
     TextBuffer& text() { return m_text; }
     const TextBuffer& text() const { return m_text; }
     UndoManager& undoManager() { return m_document->undoManager(); }
+    VXTextView& view() { return *m_view; }
+    const VXTextView& view() const { return *m_view; }
 
     // The document's file, or the path it is to be saved to; empty for an untitled text.
     std::string path() const { return m_document->fileURL().value_or(m_pendingPath); }
     // The file's name, or "untitled".
     std::string displayName() const;
-    bool isModified() const { return m_typing || m_document->hasUnsavedChanges(); }
+    bool isModified() const { return m_view->hasOpenEdit() || m_document->hasUnsavedChanges(); }
 
     // Takes in what the document decided on opening, saving or reverting: language and colours,
     // indentation; a selection past the end of a reverted text is brought back inside it.
@@ -62,7 +56,7 @@ public:
     void refreshIfReverted();
 
     // DocumentView: how the document sees this tab (the save trim reads and moves the selection).
-    Range selectedRange() const override { return m_selection.range(); }
+    Range selectedRange() const override { return m_view->selection().range(); }
     void setSelectedRange(Range range) override { setSelection({range.location, range.end()}); }
 
     // Colours from the line highlighter; none for plain text.
@@ -75,40 +69,28 @@ public:
     // The name of the line break style: LF, CRLF, CR, or Mixed.
     std::string lineEndingName() const;
 
-    int tabSize() const { return m_tabSize; }
-    bool softTabs() const { return m_softTabs; }
-    void setIndentation(int tabSize, bool softTabs);
+    int tabSize() const { return m_view->tabSize(); }
+    bool softTabs() const { return m_view->softTabs(); }
+    void setIndentation(int tabSize, bool softTabs) { m_view->setIndentation(tabSize, softTabs); }
     // What Enter inserts: the text's own line break style (LF when it has none).
-    std::u16string lineBreak() const;
+    std::u16string lineBreak() override;
     void setLineBreak(std::u16string lineBreak) { m_lineBreak = std::move(lineBreak); }
 
-    Selection selection() const { return m_selection; }
-    void setSelection(Selection selection);
-    uint64_t caretLine() const { return m_text.lineForOffset(m_selection.caret); }
-    uint64_t caretColumn() const;
-    std::u16string selectedText() const { return m_text.substring(m_selection.range()); }
+    Selection selection() const { return m_view->selection(); }
+    void setSelection(Selection selection) { m_view->setSelection(selection); }
+    uint64_t caretLine() const { return m_view->caretLine(); }
+    uint64_t caretColumn() const { return m_view->caretColumn(); }
+    std::u16string selectedText() const { return m_view->selectedText(); }
 
-    // Typing coalesces into one undo step until something else happens (endTyping).
-    void typeText(std::u16string_view text);
-    void endTyping();
-    // Inserts as one step, with its line breaks made the text's own (a paste).
-    void insertText(std::u16string_view text);
-    void insertNewline();
-    void indent();
-    void unindent();
-    void deleteBackward();
-    void deleteForward();
-    void deleteWordBackward();
-    void deleteWordForward();
-    // Replaces a range as one undo step and puts the selection where asked.
-    void replaceRange(Range range, std::u16string_view text, Selection after);
-    void undo();
-    void redo();
+    void typeText(std::u16string_view text) { m_view->typeText(text); }
+    void endTyping() { m_view->endTyping(); }
+    void insertText(std::u16string_view text) { m_view->insertText(text); }
+    void replaceRange(Range range, std::u16string_view text, Selection after) { m_view->replaceRange(range, text, after); }
+    void undo() { m_view->undo(); }
+    void redo() { m_view->redo(); }
 
     void move(Motion motion, bool extend, int pageHeight);
-    void selectAll();
-    // Puts the caret at a line and display column (a click); extends the selection when asked.
-    void placeCaret(uint64_t line, uint64_t column, bool extend);
+    void placeCaret(uint64_t line, uint64_t column, bool extend) { m_view->placeCaret(line, column, extend); }
 
     // The first line and column shown; scrollToCaret keeps the caret inside a view of that size.
     uint64_t topLine = 0;
@@ -117,28 +99,25 @@ public:
     void scrollBy(int64_t lines, int rows);
 
 private:
-    // The one place text changes: replaces and registers the inverse.
-    void replace(Range range, std::u16string_view text, Selection after);
-    void deleteRange(Range range);
-    // The lines a line-wise command works on: all lines the selection touches, except a last line
-    // the selection only reaches at its start.
-    std::pair<uint64_t, uint64_t> selectedLines() const;
-
     // HighlightingHook: every edit of the storage, whoever makes it, reaches the colours.
     void recomputeCache(Range editedRange, int64_t changeInLength, unsigned editedMask, bool fully) override;
     std::vector<std::string> scopesAtLocation(uint64_t location) override;
     std::optional<TextAttributes> defaultZoneAttributes() override { return std::nullopt; }
 
+    // TextViewHost
+    VXContext scopeContextAt(uint64_t offset) override;
+    VXAutopair::Pairs autopairs() override;
+    std::u16string lineCommentMarker() override;
+    std::pair<std::u16string, std::u16string> blockCommentMarkers() override;
+
     std::unique_ptr<VXSingleFileDocument> m_document;
     DocumentTextBuffer m_text;
+    TerminalColumns m_columns;
+    std::unique_ptr<VXTextView> m_view;
     std::unique_ptr<TabHighlighter> m_highlighter;
+    const VXLanguage* m_language = nullptr;
     std::string m_pendingPath;
     const VXTextStorage* m_shownStorage = nullptr;  // to notice a revert's new storage
-    Selection m_selection;
-    std::optional<uint64_t> m_desiredColumn;  // kept across vertical moves
-    bool m_typing = false;
-    int m_tabSize = 4;
-    bool m_softTabs = true;
     std::u16string m_lineBreak;
 };
 

@@ -1,41 +1,4 @@
-// What the editor needs from the text it shows: UTF-16 text with a line index and replacement.
-// The document's text storage provides it; the editor never keeps a copy of the text.
-//
-// Lines end at LF, CR or CRLF; a line's content excludes its break. Offsets and lengths are
-// UTF-16 code units, as everywhere in the engine.
+// The editor shows and edits text through the editing engine's buffer interface.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-
-#include "platform/range.hpp"
-
-namespace vx::editor {
-
-class TextBuffer {
-public:
-    virtual ~TextBuffer() = default;
-
-    virtual uint64_t length() const = 0;
-    virtual std::u16string substring(Range range) const = 0;
-    virtual char16_t characterAt(uint64_t offset) const = 0;
-    // At least 1: an empty text, or one ending in a line break, has an empty last line.
-    virtual uint64_t lineCount() const = 0;
-    virtual uint64_t lineStart(uint64_t line) const = 0;
-    virtual uint64_t lineForOffset(uint64_t offset) const = 0;
-    virtual void replace(Range range, std::u16string_view text) = 0;
-
-    // The line's text without its line break.
-    Range lineContentRange(uint64_t line) const {
-        uint64_t start = lineStart(line);
-        uint64_t end = line + 1 < lineCount() ? lineStart(line + 1) : length();
-        if (end > start && characterAt(end - 1) == u'\n') --end;
-        if (end > start && characterAt(end - 1) == u'\r') --end;
-        return {start, end - start};
-    }
-    std::u16string lineText(uint64_t line) const { return substring(lineContentRange(line)); }
-    std::u16string text() const { return substring({0, length()}); }
-};
-
-}  // namespace vx::editor
+#include "editing/text_buffer.hpp"

@@ -53,8 +53,8 @@ std::string_view KeyBindings::defaultBindingsText() {
     (move-right right) (select-right shift+right)
     (move-up up) (select-up shift+up)
     (move-down down) (select-down shift+down)
-    (move-word-left ctrl+left alt+left alt+b) (select-word-left ctrl+shift+left alt+shift+left)
-    (move-word-right ctrl+right alt+right alt+f) (select-word-right ctrl+shift+right alt+shift+right)
+    (move-word-left ctrl+left alt+left alt+b) (select-word-left ctrl+shift+left)
+    (move-word-right ctrl+right alt+right alt+f) (select-word-right ctrl+shift+right)
     (move-line-start home) (select-line-start shift+home)
     (move-line-end end) (select-line-end shift+end)
     (move-document-start ctrl+home) (select-document-start ctrl+shift+home)
@@ -62,7 +62,27 @@ std::string_view KeyBindings::defaultBindingsText() {
     (page-up pageup) (select-page-up shift+pageup)
     (page-down pagedown) (select-page-down shift+pagedown)
     (scroll-up ctrl+up) (scroll-down ctrl+down)
-    (cancel escape))
+    (cancel escape)
+
+    # several selections; Escape goes back to one
+    (add-caret-above ctrl+alt+up) (add-caret-below ctrl+alt+down)
+    (select-next-occurrence ctrl+d) (skip-occurrence ctrl+k)
+    (select-all-occurrences alt+f3)
+    (split-selection-into-lines alt+shift+l)
+    (column-select-up alt+shift+up) (column-select-down alt+shift+down)
+    (column-select-left alt+shift+left) (column-select-right alt+shift+right)
+    (focus-selection alt+shift+f)
+
+    # lines and text
+    (sort-lines-ascending f9) (sort-lines-descending shift+f9)
+    (sort-ascending-and-unique-lines ctrl+f9) (unique-lines alt+f9)
+    (randomize-lines alt+shift+r) (reverse-lines alt+r)
+    (duplicate-line alt+shift+d) (reverse-text ctrl+t)
+    (spaces-to-tabs alt+shift+t) (tabs-to-spaces alt+t)
+    (toggle-comment ctrl+/ alt+/) (toggle-block-comment alt+shift+a)
+    (upper-case alt+u) (lower-case alt+shift+u) (title-case alt+c)
+    (move-lines-up alt+up) (move-lines-down alt+down)
+    (join-lines alt+j) (select-enclosing-brackets alt+m))
 )selfml";
 }
 

@@ -1,4 +1,4 @@
-#include "app/editor/navigation.hpp"
+#include "editing/navigation.hpp"
 
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace vx::editor {
+namespace vx {
 namespace {
 
 // Grapheme clusters are short; looking this far around the caret is enough and keeps a keystroke
@@ -114,4 +114,4 @@ uint64_t indentationLength(std::u16string_view line) {
     return length;
 }
 
-}  // namespace vx::editor
+}  // namespace vx

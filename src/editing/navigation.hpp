@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "app/editor/text_buffer.hpp"
+#include "editing/text_buffer.hpp"
 
-namespace vx::editor {
+namespace vx {
 
 bool isWordCharacter(char32_t c);
 
@@ -22,4 +22,4 @@ uint64_t wordLeft(const TextBuffer& text, uint64_t offset);
 // The length of the spaces and tabs that start a line.
 uint64_t indentationLength(std::u16string_view line);
 
-}  // namespace vx::editor
+}  // namespace vx
