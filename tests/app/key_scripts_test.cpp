@@ -1,10 +1,12 @@
 // Runs every keystroke case under tests/data/keys/<group>/<case>/:
-//   in      the text before, with the selection marked: #[...|]# (caret on the | side)
+//   in      the text before, with the selections marked: #[...|]# the primary, #(...|)# others
+//           (the caret on the | side)
 //   keys    the key script (see app/editor/session.hpp)
 //   out     the text and selection after
 //   screen  (optional) the first rows of the screen after, trailing blanks ignored
 //   size    (optional) the screen size, "WIDTHxHEIGHT" (default 60x12)
 //   tabs    (optional) the indentation, "<size> soft" or "<size> hard" (default "4 soft")
+//   language (optional) the language the text is in (default: none, plain text)
 // Each case is a test of its own, named after its folder (move/word-right is
 // Keys/KeyScript.GivesItsExpectedTextSelectionAndScreen/move_word_right); it runs with LF line
 // breaks and again with CRLF.
@@ -16,7 +18,9 @@
 #include <fstream>
 #include <sstream>
 
+#include "app/editor/edit_document.hpp"
 #include "app/editor/session.hpp"
+#include "syntax/language_catalog.hpp"
 #include "app/tui/utf8.hpp"
 
 namespace vx::editor {
@@ -43,32 +47,55 @@ std::string withCrlf(const std::string& text) {
     return out;
 }
 
+// The text with its selections: #[...|]# is the primary, #(...|)# a secondary; | marks the
+// caret's end.
 struct Marked {
     std::u16string text;
-    Selection selection;
+    std::vector<Selection> selections;  // the primary first
 };
 
 Marked parseMarkup(const std::string& markup) {
     std::u16string all = utf16FromUtf8(markup);
-    size_t open = all.find(u"#[");
-    size_t close = all.find(u"]#");
-    if (open == std::u16string::npos || close == std::u16string::npos || close < open) return {all, {}};
-    std::u16string inside = all.substr(open + 2, close - open - 2);
-    bool caretFirst = !inside.empty() && inside.front() == u'|';
-    if (caretFirst) inside.erase(0, 1);
-    else if (!inside.empty() && inside.back() == u'|') inside.pop_back();
     Marked marked;
-    marked.text = all.substr(0, open) + inside + all.substr(close + 2);
-    uint64_t start = open, end = open + inside.size();
-    marked.selection = caretFirst ? Selection{end, start} : Selection{start, end};
+    std::optional<std::pair<uint64_t, bool>> open;  // start, and whether the caret is at it
+    bool openPrimary = false;
+    std::vector<Selection> secondaries;
+    Selection primary;
+    for (size_t i = 0; i < all.size();) {
+        std::u16string_view rest = std::u16string_view(all).substr(i);
+        if (!open && (rest.starts_with(u"#[") || rest.starts_with(u"#("))) {
+            openPrimary = rest[1] == u'[';
+            i += 2;
+            bool caretFirst = i < all.size() && all[i] == u'|';
+            if (caretFirst) ++i;
+            open = {marked.text.size(), caretFirst};
+            continue;
+        }
+        if (open && (rest.starts_with(u"|]#") || rest.starts_with(u"|)#") || rest.starts_with(u"]#") || rest.starts_with(u")#"))) {
+            i += rest[0] == u'|' ? 3 : 2;
+            uint64_t start = open->first, end = marked.text.size();
+            Selection s = open->second ? Selection{end, start} : Selection{start, end};
+            if (openPrimary) primary = s;
+            else secondaries.push_back(s);
+            open.reset();
+            continue;
+        }
+        marked.text += all[i++];
+    }
+    marked.selections.push_back(primary);
+    marked.selections.insert(marked.selections.end(), secondaries.begin(), secondaries.end());
     return marked;
 }
 
-std::string formatMarkup(const std::u16string& text, Selection selection) {
-    Range range = selection.range();
-    bool caretFirst = selection.caret < selection.anchor;
-    std::u16string out = text.substr(0, range.location) + u"#[" + (caretFirst ? u"|" : u"") +
-                         text.substr(range.location, range.length) + (caretFirst ? u"" : u"|") + u"]#" + text.substr(range.end());
+std::string formatMarkup(const std::u16string& text, const std::vector<Selection>& selections, size_t primaryIndex) {
+    std::u16string out = text;
+    for (size_t i = selections.size(); i-- > 0;) {
+        Range range = selections[i].range();
+        bool caretFirst = selections[i].caret < selections[i].anchor;
+        std::u16string_view open = i == primaryIndex ? u"#[" : u"#(", close = i == primaryIndex ? u"]#" : u")#";
+        out.insert(range.end(), std::u16string(caretFirst ? u"" : u"|") + std::u16string(close));
+        out.insert(range.location, std::u16string(open) + (caretFirst ? u"|" : u""));
+    }
     return utf8FromUtf16(out);
 }
 
@@ -107,6 +134,7 @@ TEST_P(KeyScript, GivesItsExpectedTextSelectionAndScreen) {
     int width = 60, height = 12;
     if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
     auto screen = readFile(directory / "screen");
+    auto language = readFile(directory / "language");
     int tabSize = 4;
     char kind[8] = "soft";
     if (auto tabs = readFile(directory / "tabs")) std::sscanf(tabs->c_str(), "%d %7s", &tabSize, kind);
@@ -114,14 +142,25 @@ TEST_P(KeyScript, GivesItsExpectedTextSelectionAndScreen) {
         SCOPED_TRACE(crlf ? "with CRLF line breaks" : "with LF line breaks");
         Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
         Session session(width, height);
-        Tab& opened = session.openText(start.text, start.selection);
+        Tab* openedTab = nullptr;
+        if (language) {
+            const VXLanguage* named = VXLanguageCatalog::sharedCatalog().languageNamed(*language);
+            ASSERT_NE(named, nullptr) << "no language " << *language;
+            openedTab = &session.editor().openTab(std::make_unique<Tab>(documentWithText(utf8FromUtf16(start.text), named)));
+        } else {
+            openedTab = &session.openText(start.text);
+        }
+        Tab& opened = *openedTab;
+        opened.view().setSelections(start.selections);
         // As a document read from a CRLF file would be set up.
         if (crlf) opened.setLineBreak(u"\r\n");
         opened.setIndentation(tabSize, std::string_view(kind) == "soft");
         session.send(*keys);
         Tab* tab = session.editor().activeTab();
         ASSERT_NE(tab, nullptr);
-        EXPECT_EQ(formatMarkup(tab->text().text(), tab->selection()), crlf ? withCrlf(*out) : *out);
+        size_t primary = 0;
+        auto selections = tab->view().selections(&primary);
+        EXPECT_EQ(formatMarkup(tab->text().text(), selections, primary), crlf ? withCrlf(*out) : *out);
         if (screen && !crlf) {
             std::istringstream rows(*screen);
             std::string want;
