@@ -45,7 +45,8 @@ struct Selection {
     friend bool operator==(const Selection&, const Selection&) = default;
 };
 
-enum class Motion { Left, Right, Up, Down, WordLeft, WordRight, LineStart, LineEnd, DocumentStart, DocumentEnd, PageUp, PageDown };
+// LineStart goes to the end of the indentation first (the Home key); LineBeginning to column 0.
+enum class Motion { Left, Right, Up, Down, WordLeft, WordRight, LineStart, LineBeginning, LineEnd, DocumentStart, DocumentEnd, PageUp, PageDown };
 
 // Where characters fall in columns: terminal cells for the terminal, font widths elsewhere.
 class ColumnWidths {

@@ -21,6 +21,7 @@ uint64_t VXTextView::targetOf(Motion motion, bool extend, int pageHeight, bool k
             uint64_t indentEnd = content.location + indentationLength(text.substring(content));
             return caret == indentEnd ? content.location : indentEnd;
         }
+        case Motion::LineBeginning: return text.lineStart(text.lineForOffset(caret));
         case Motion::LineEnd: return text.lineContentRange(text.lineForOffset(caret)).end();
         case Motion::DocumentStart: return 0;
         case Motion::DocumentEnd: return text.length();

@@ -18,7 +18,7 @@ void registerMotions(Editor& editor) {
     static constexpr std::pair<const char*, Motion> kMotions[] = {
         {"left", Motion::Left}, {"right", Motion::Right}, {"up", Motion::Up}, {"down", Motion::Down},
         {"word-left", Motion::WordLeft}, {"word-right", Motion::WordRight},
-        {"line-start", Motion::LineStart}, {"line-end", Motion::LineEnd},
+        {"line-start", Motion::LineStart}, {"line-beginning", Motion::LineBeginning}, {"line-end", Motion::LineEnd},
         {"document-start", Motion::DocumentStart}, {"document-end", Motion::DocumentEnd},
     };
     for (auto [name, motion] : kMotions) {

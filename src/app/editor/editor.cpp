@@ -166,7 +166,9 @@ void Editor::handleKey(const tui::KeyEvent& key) {
     }
     bool chord = key.modifiers & (tui::kCtrl | tui::kAlt | tui::kSuper);
     if (key.key == tui::Key::Character && !chord && key.codepoint >= 0x20 && key.codepoint != 0x7f) {
-        typeCharacter(key.codepoint);
+        std::u16string text;
+        tui::appendUtf16(text, key.codepoint);
+        typeText(text);
         return;
     }
     if (chord || key.key != tui::Key::Character) showError(tui::keyName(key) + " is not bound to a command");
@@ -188,11 +190,9 @@ void Editor::runCommand(const std::string& name) {
     revealCaret();
 }
 
-void Editor::typeCharacter(char32_t c) {
+void Editor::typeText(std::u16string_view text) {
     Tab* tab = activeTab();
     if (!tab) return;
-    std::u16string text;
-    tui::appendUtf16(text, c);
     tab->typeText(text);
     revealCaret();
 }

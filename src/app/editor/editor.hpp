@@ -54,6 +54,8 @@ public:
     void handleEvent(const tui::InputEvent& event);
     void handleKey(const tui::KeyEvent& key);
     void runCommand(const std::string& name);
+    // Text typed as one keystroke at every selection, through the typing aids.
+    void typeText(std::u16string_view text);
     bool hasCommand(const std::string& name) const { return m_commands.count(name) != 0; }
     void addCommand(std::string name, Command command) { m_commands[std::move(name)] = std::move(command); }
 
@@ -113,7 +115,6 @@ public:
 private:
     void handleMouse(const tui::MouseEvent& mouse);
     void handlePaste(const std::string& text);
-    void typeCharacter(char32_t c);
     void drawTabBar(tui::Screen& screen, const Layout& layout);
     void drawText(tui::Screen& screen, const Layout& layout);
     void drawStatusBar(tui::Screen& screen, const Layout& layout);
