@@ -95,20 +95,56 @@ void VXTextView::finishEdit() {
     if (m_run == Run::None) endTyping();
 }
 
+void VXTextView::record(Range range, std::u16string old, std::u16string_view text) {
+    UndoStep& step = *m_step;
+    if (!step.batch.empty() && range.location < step.batchEnd) flushBatch();
+    if (step.batch.empty()) {
+        step.batchLength = m_text.length();
+        step.batchDelta = 0;
+    }
+    Range original{static_cast<uint64_t>(static_cast<int64_t>(range.location) - step.batchDelta), range.length};
+    step.batch.push_back({original, std::u16string(text)});
+    step.replaced.push_back(std::move(old));
+    step.batchDelta += static_cast<int64_t>(text.size()) - static_cast<int64_t>(range.length);
+    step.batchEnd = range.location + text.size();
+}
+
+void VXTextView::flushBatch() {
+    UndoStep& step = *m_step;
+    if (step.batch.empty()) return;
+    Transaction change = Transaction::fromReplacements(step.batchLength, step.batch);
+    // A deletion of the transaction covers one replaced range or several that touch.
+    size_t next = 0;
+    Transaction back = change.invert([&](Range range) {
+        std::u16string old;
+        while (next < step.batch.size() && step.batch[next].range.end() <= range.end()) {
+            if (step.batch[next].range.location >= range.location) old += step.replaced[next];
+            ++next;
+        }
+        return old;
+    });
+    step.forward = step.forward.compose(change);
+    step.inverse = back.compose(step.inverse);
+    step.batch.clear();
+    step.replaced.clear();
+}
+
 void VXTextView::endTyping() {
     if (!m_step) return;
+    flushBatch();
     UndoStep step = std::move(*m_step);
     m_step.reset();
     m_run = Run::None;
     if (step.forward.isIdentity()) return;
     MulticursorState after = m_multicursor.multicursorState();
-    m_undo.registerUndo(this, [this, step = std::move(step), after] {
-        applyStep(step.inverse, step.before, step.forward, after);
-    });
+    m_undo.registerUndo(this, [this, forward = std::move(step.forward), inverse = std::move(step.inverse),
+                               before = std::move(step.before), after] { applyStep(inverse, before, forward, after); });
 }
 
 void VXTextView::applyStep(const Transaction& change, const MulticursorState& state, const Transaction& reverse,
                            const MulticursorState& reverseState) {
+    // A step made for another text (the document was reloaded under it) is dropped.
+    if (change.lengthBefore() != m_text.length()) return;
     change.applyBackwards([this](Range range, std::u16string_view text) { m_text.replace(range, text); });
     m_multicursor.setMulticursorState(state, true);
     m_desiredColumn.reset();
@@ -128,12 +164,7 @@ void VXTextView::redo() {
 
 void VXTextView::replace(Range range, std::u16string_view text, Selection after) {
     if (!m_step) beginEdit(Run::None);
-    uint64_t length = m_text.length();
-    std::u16string old = m_text.substring(range);
-    Transaction change = Transaction::replacing(length, range, text);
-    Transaction back = Transaction::replacing(length - range.length + text.size(), {range.location, text.size()}, old);
-    m_step->forward = m_step->forward.compose(change);
-    m_step->inverse = back.compose(m_step->inverse);
+    record(range, m_text.substring(range), text);
     m_text.replace(range, text);
     m_selection = after;
     m_desiredColumn.reset();
@@ -166,12 +197,27 @@ void VXTextView::forEachSelection(const std::function<void()>& edit, Run run) {
 
 // --- typing and deleting ---
 
-void VXTextView::typeAtSelection(std::u16string_view typed) {
+namespace {
+
+// Whether auto-pairing can do anything but insert `typed`: it belongs to a pair, or is one of
+// the characters the pairing rules treat on their own.
+bool mayPair(std::u16string_view typed, const VXAutopair::Pairs& pairs) {
+    if (typed == u"?" || typed == u"%") return true;
+    return std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.first == typed || pair.second == typed; });
+}
+
+}  // namespace
+
+void VXTextView::typeAtSelection(std::u16string_view typed, const VXAutopair::Pairs& pairs) {
     Range range = m_selection.range();
+    if (!mayPair(typed, pairs)) {
+        replace(range, typed, Selection::caretAt(range.location + typed.size()));
+        return;
+    }
     Range line = m_text.lineContentRange(m_text.lineForOffset(range.location));
     Range endLine = m_text.lineContentRange(m_text.lineForOffset(range.end()));
     VXAutopair autopair;
-    autopair.pairs = m_host.autopairs();
+    autopair.pairs = pairs;
     autopair.insertString = std::u16string(typed);
     autopair.selection = range;
     autopair.selectionString = m_text.substring(range);
@@ -193,7 +239,8 @@ void VXTextView::typeAtSelection(std::u16string_view typed) {
 }
 
 void VXTextView::typeText(std::u16string_view text) {
-    forEachSelection([&] { typeAtSelection(text); }, Run::Typing);
+    VXAutopair::Pairs pairs = m_host.autopairs();
+    forEachSelection([&] { typeAtSelection(text, pairs); }, Run::Typing);
 }
 
 void VXTextView::insertText(std::u16string_view text) {
@@ -277,15 +324,19 @@ void VXTextView::deleteRange(Range range) {
     replace(range, u"", Selection::caretAt(range.location));
 }
 
-void VXTextView::deleteBackwardAtSelection() {
+void VXTextView::deleteBackwardAtSelection(const VXAutopair::Pairs& pairs) {
     if (!m_selection.isEmpty()) return deleteRange(m_selection.range());
     uint64_t caret = m_selection.caret;
     Range line = m_text.lineContentRange(m_text.lineForOffset(caret));
     uint64_t start = line.location;
     // An empty pair goes whole.
-    if (caret > start && caret <= line.end()) {
+    bool inPair = caret > start && caret < line.end() && std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
+        return !pair.first.empty() && !pair.second.empty() && m_text.characterAt(caret - 1) == pair.first.back() &&
+               m_text.characterAt(caret) == pair.second.front();
+    });
+    if (inPair) {
         VXAutopair autopair;
-        autopair.pairs = m_host.autopairs();
+        autopair.pairs = pairs;
         autopair.selection = {caret, 0};
         autopair.leftString = m_text.substring({start, caret - start});
         autopair.rightString = m_text.substring({caret, line.end() - caret});
@@ -309,7 +360,8 @@ void VXTextView::deleteBackwardAtSelection() {
 }
 
 void VXTextView::deleteBackward() {
-    forEachSelection([&] { deleteBackwardAtSelection(); }, Run::DeletingBackward);
+    VXAutopair::Pairs pairs = m_host.autopairs();
+    forEachSelection([&] { deleteBackwardAtSelection(pairs); }, Run::DeletingBackward);
 }
 
 void VXTextView::deleteForward() {

@@ -97,18 +97,32 @@ Range VXTextView::wordAt(uint64_t offset) const {
 
 namespace {
 
-// Finds `needle` at or after `from`, in the pieces of the text, without copying it whole.
-std::optional<uint64_t> findForward(const TextBuffer& text, std::u16string_view needle, uint64_t from, uint64_t until) {
-    if (needle.empty()) return std::nullopt;
-    // Windows that overlap by the needle's length, so no match is cut in two.
+// Calls `found` with each place of `needle` in [from, until), ascending, without copying the
+// text whole: windows that overlap by the needle's length, so no match is cut in two. Stops when
+// `found` answers false.
+template <class Found>
+void findOccurrences(const TextBuffer& text, std::u16string_view needle, uint64_t from, uint64_t until, Found&& found) {
+    if (needle.empty()) return;
     constexpr uint64_t kWindow = 1 << 16;
+    uint64_t next = from;  // matches may not overlap: none starts before this
     for (uint64_t at = from; at + needle.size() <= until; at += kWindow) {
         uint64_t end = std::min(until, at + kWindow + needle.size() - 1);
         std::u16string window = text.substring({at, end - at});
-        size_t found = window.find(needle);
-        if (found != std::u16string::npos) return at + found;
+        for (size_t hit = window.find(needle, next - at); hit != std::u16string::npos; hit = window.find(needle, hit + needle.size())) {
+            if (!found(at + hit)) return;
+            next = at + hit + needle.size();
+        }
+        next = std::max(next, at + kWindow);
     }
-    return std::nullopt;
+}
+
+std::optional<uint64_t> findForward(const TextBuffer& text, std::u16string_view needle, uint64_t from, uint64_t until) {
+    std::optional<uint64_t> first;
+    findOccurrences(text, needle, from, until, [&](uint64_t at) {
+        first = at;
+        return false;
+    });
+    return first;
 }
 
 }  // namespace
@@ -145,11 +159,11 @@ size_t VXTextView::selectAllOccurrences() {
     Range primary = m_selection.range();
     m_multicursor.decohere();
     size_t count = 1;
-    for (std::optional<uint64_t> at = findForward(m_text, needle, 0, m_text.length()); at;
-         at = findForward(m_text, needle, *at + needle.size(), m_text.length())) {
-        if (*at == primary.location) continue;
-        if (m_multicursor.addRange({static_cast<int64_t>(*at), static_cast<int64_t>(needle.size())})) ++count;
-    }
+    findOccurrences(m_text, needle, 0, m_text.length(), [&](uint64_t at) {
+        if (at != primary.location && m_multicursor.addRange({static_cast<int64_t>(at), static_cast<int64_t>(needle.size())}))
+            ++count;
+        return true;
+    });
     m_host.selectionsDidChange();
     return count;
 }
