@@ -100,3 +100,38 @@ TEST(EditorScreen, ClosingAnUnsavedTabAsksFirst) {
 
 }  // namespace
 }  // namespace vx::editor
+
+namespace vx::editor {
+namespace {
+
+TEST(EditorScreen, FindPromptOffersThePreviousQuerySelectedAndSaysWhenNothingMatches) {
+    Session session(60, 6);
+    session.openText(u"alpha beta alpha", Selection::caretAt(0));
+    session.send("<ctrl+f>beta<enter>");
+    session.send("<ctrl+f>");
+    EXPECT_EQ(session.row(5).substr(0, 10), "Find: beta");
+    EXPECT_EQ(session.screen().at(6, 5).style.background, session.editor().colors().selection);
+    session.send("zz");  // typing replaces the old query
+    std::string row = session.row(5);
+    EXPECT_EQ(row.substr(0, 9), "Find: zz ");
+    EXPECT_NE(row.find("Not found"), std::string::npos) << row;
+    session.send("<escape><ctrl+f><end>a<enter>");  // a movement keeps it: "betaa" is not there
+    EXPECT_EQ(session.editor().findQuery(), u"betaa");
+}
+
+// Secondary carets show as inverted cells; the terminal's cursor stays on the primary.
+TEST(EditorScreen, EverySelectionShows) {
+    Session session(30, 6);
+    Tab& tab = session.openText(u"abc\nabc");
+    tab.view().setSelections({Selection::caretAt(5), Selection{0, 2}});
+    const auto& screen = session.screen();
+    const int left = 5;
+    EXPECT_EQ(screen.at(left + 0, 1).style.background, session.editor().colors().selection);
+    EXPECT_EQ(screen.at(left + 1, 1).style.background, session.editor().colors().selection);
+    EXPECT_TRUE(screen.at(left + 2, 1).style.attributes & tui::kReverse);  // the secondary's caret end
+    ASSERT_TRUE(screen.cursor());
+    EXPECT_EQ(*screen.cursor(), (tui::Point{left + 1, 2}));
+}
+
+}  // namespace
+}  // namespace vx::editor

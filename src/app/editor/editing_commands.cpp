@@ -1,4 +1,5 @@
 // The commands that edit, move, find and switch tabs, by the names the key bindings use.
+#include <algorithm>
 #include <charconv>
 
 #include "app/editor/editor.hpp"
@@ -12,6 +13,18 @@ Editor::Command onTab(void (*action)(Tab&)) {
     return [action](Editor& editor) {
         if (Tab* tab = editor.activeTab()) action(*tab);
     };
+}
+
+// Scrolls by lines; a caret the scroll would leave off the screen comes along to the nearest
+// line shown, so revealing the caret afterwards does not scroll back.
+void scrollKeepingCaret(Editor& editor, int64_t lines) {
+    Tab* tab = editor.activeTab();
+    if (!tab) return;
+    int rows = editor.layout().textRows;
+    tab->scrollBy(lines, rows);
+    uint64_t line = tab->caretLine();
+    uint64_t first = tab->topLine, last = tab->topLine + static_cast<uint64_t>(std::max(rows, 1)) - 1;
+    if (line < first || line > last) tab->placeCaret(std::clamp(line, first, last), tab->caretColumn(), false);
 }
 
 void registerMotions(Editor& editor) {
@@ -36,12 +49,8 @@ void registerMotions(Editor& editor) {
             if (Tab* tab = e.activeTab()) tab->move(Motion::PageDown, extend, e.layout().textRows);
         });
     }
-    editor.addCommand("scroll-up", [](Editor& e) {
-        if (Tab* tab = e.activeTab()) tab->scrollBy(-1, e.layout().textRows);
-    });
-    editor.addCommand("scroll-down", [](Editor& e) {
-        if (Tab* tab = e.activeTab()) tab->scrollBy(1, e.layout().textRows);
-    });
+    editor.addCommand("scroll-up", [](Editor& e) { scrollKeepingCaret(e, -1); });
+    editor.addCommand("scroll-down", [](Editor& e) { scrollKeepingCaret(e, 1); });
 }
 
 void copySelection(Editor& editor, bool cut) {
@@ -83,7 +92,10 @@ void startFind(Editor& editor) {
         }
         return false;
     };
-    editor.showModal(std::make_unique<LinePrompt>("Find: ", utf8FromUtf16(initial), done, incremental, other));
+    // The previous query shows selected: typing starts a new one, a movement key keeps it.
+    auto prompt = std::make_unique<LinePrompt>("Find: ", utf8FromUtf16(initial), done, incremental, other);
+    prompt->selectingInitialText();
+    editor.showModal(std::move(prompt));
 }
 
 void goToLine(Editor& editor) {

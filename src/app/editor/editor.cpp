@@ -315,7 +315,10 @@ void Editor::draw(tui::Screen& screen) {
     drawText(screen, l);
     if (l.statusRow < m_height) drawStatusBar(screen, l);
     drawMessageLine(screen, l);
-    if (m_modal) m_modal->draw(screen, m_colors, l);
+    if (m_modal) {
+        m_modal->draw(screen, m_colors, l);
+        if (!m_message.text.empty()) m_modal->drawMessage(screen, m_colors, l, m_message.text, m_message.isError);
+    }
 }
 
 void Editor::drawTabBar(tui::Screen& screen, const Layout& l) {

@@ -1,6 +1,7 @@
 #include "app/editor/modal.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/tui/utf8.hpp"
 #include "app/tui/width.hpp"
@@ -81,6 +82,16 @@ std::string LinePrompt::text() const {
 
 bool LinePrompt::handleKey(Editor& editor, const KeyEvent& key) {
     std::u32string before = m_text;
+    // A selected initial text goes as soon as something is typed in its place.
+    bool replacing = std::exchange(m_initialSelected, false);
+    if (replacing && (isPlainCharacter(key) || key.key == Key::Backspace || key.key == Key::Delete)) {
+        m_text.clear();
+        m_caret = 0;
+        if (!isPlainCharacter(key)) {
+            if (m_changed) m_changed(editor, text());
+            return true;
+        }
+    }
     if (isPlainCharacter(key)) {
         m_text.insert(m_caret++, 1, key.codepoint);
     } else if (key.key == Key::Enter && key.modifiers == 0) {
@@ -112,6 +123,10 @@ bool LinePrompt::handleKey(Editor& editor, const KeyEvent& key) {
 }
 
 bool LinePrompt::handlePaste(Editor& editor, std::string_view pasted) {
+    if (std::exchange(m_initialSelected, false)) {
+        m_text.clear();
+        m_caret = 0;
+    }
     for (size_t i = 0; i < pasted.size();) {
         char32_t c = tui::decodeUtf8(pasted, i);
         if (c == U'\r' || c == U'\n') break;  // a prompt holds one line
@@ -135,9 +150,11 @@ void LinePrompt::draw(tui::Screen& screen, const EditorColors& colors, const Lay
     };
     while (first < m_caret && widthOf(first, m_caret) > room) ++first;
     int caretX = x;
+    tui::Style textStyle = colors.message;
+    if (m_initialSelected) textStyle.background = colors.selection;
     for (size_t i = first; i < m_text.size(); ++i) {
         if (i == m_caret) caretX = x;
-        x = screen.put(x, y, m_text[i], colors.message);
+        x = screen.put(x, y, m_text[i], textStyle);
         if (x >= layout.width) break;
     }
     if (m_caret == m_text.size()) caretX = x;
@@ -266,6 +283,15 @@ void ListMenu::draw(tui::Screen& screen, const EditorColors& colors, const Layou
     }
     if (m_shown.empty()) screen.print(box.left + 2, box.top + 2, "(nothing matches)", colors.dialog, right);
     screen.setCursor(std::nullopt);
+}
+
+void LinePrompt::drawMessage(tui::Screen& screen, const EditorColors& colors, const Layout& layout,
+                             const std::string& message, bool isError) const {
+    // At the right of the prompt's row, when it fits after the text.
+    int width = tui::stringWidth(message);
+    int used = tui::stringWidth(m_label + text()) + 2;
+    if (used + width >= layout.width) return;
+    screen.print(layout.width - width - 1, layout.messageRow, message, isError ? colors.error : colors.message);
 }
 
 }  // namespace vx::editor

@@ -38,6 +38,8 @@ public:
     virtual bool handleKey(Editor& editor, const tui::KeyEvent& key) = 0;
     virtual bool handlePaste(Editor&, std::string_view) { return true; }
     virtual void draw(tui::Screen& screen, const EditorColors& colors, const Layout& layout) const = 0;
+    // A message for the user while the modal shows (a prompt shows it beside its text).
+    virtual void drawMessage(tui::Screen&, const EditorColors&, const Layout&, const std::string&, bool) const {}
 };
 
 class LinePrompt final : public Modal {
@@ -48,15 +50,24 @@ public:
     using OtherKey = std::function<bool(Editor&, const tui::KeyEvent&)>;
 
     LinePrompt(std::string label, std::string initial, Done done, Changed changed = {}, OtherKey other = {});
+    // Shows the initial text selected: typing or pasting replaces it, Backspace clears it, a
+    // movement keeps it.
+    LinePrompt& selectingInitialText() {
+        m_initialSelected = !m_text.empty();
+        return *this;
+    }
     bool handleKey(Editor& editor, const tui::KeyEvent& key) override;
     bool handlePaste(Editor& editor, std::string_view text) override;
     void draw(tui::Screen& screen, const EditorColors& colors, const Layout& layout) const override;
+    void drawMessage(tui::Screen& screen, const EditorColors& colors, const Layout& layout, const std::string& message,
+                     bool isError) const override;
     std::string text() const;
 
 private:
     std::string m_label;
     std::u32string m_text;
     size_t m_caret = 0;
+    bool m_initialSelected = false;
     Done m_done;
     Changed m_changed;
     OtherKey m_other;
