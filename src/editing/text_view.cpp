@@ -87,7 +87,11 @@ void VXTextView::setSelections(const std::vector<Selection>& selections) {
 
 void VXTextView::beginEdit(Run run) {
     if (m_step && (run == Run::None || run != m_run)) endTyping();
-    if (!m_step) m_step = UndoStep{Transaction(m_text.length()), Transaction(m_text.length()), m_multicursor.multicursorState()};
+    if (!m_step) {
+        m_step.emplace();
+        m_step->forward = m_step->inverse = Transaction(m_text.length());
+        m_step->before = m_multicursor.multicursorState();
+    }
     m_run = run;
 }
 
