@@ -45,6 +45,10 @@ wait_for() {  # text, limit in seconds
 }
 start_editor() {  # command...
     tmux -L "$socket" kill-server 2>/dev/null
+    # An editor killed with unsaved text keeps it and offers it at the next start: clear what the
+    # last run kept, so that no question stands between the start and the text.
+    sleep 0.3
+    rm -rf "$VX_HOME/Recovery" "$work/micro/backups" "$HOME/.local/state/nvim/swap" 2>/dev/null
     tmux -L "$socket" -f /dev/null new-session -d -s bench -x 120 -y 40 "env TERM=tmux-256color COLORTERM=truecolor $*"
 }
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }

@@ -8,7 +8,7 @@
 #include "document/default_detector.hpp"
 #include "document/single_file_document.hpp"
 #include "document/whitespace_trim.hpp"
-#include "platform/atomic_file.hpp"
+#include "platform/file_replace.hpp"
 #include "platform/log.hpp"
 #include "platform/notification_center.hpp"
 #include "platform/run_loop.hpp"
@@ -68,7 +68,10 @@ std::unique_ptr<VXTextStorage> VXSingleFileDocument::textStorageFromURL(const st
                                                                         bool /*authenticateIfNecessary*/,
                                                                         bool shouldSetStat) {
     // A file that needs administrator rights is not read with them: it fails like any other.
-    if (shouldSetStat) m_lastReadStat = Clock::now();
+    if (shouldSetStat) {
+        m_lastReadStat = Clock::now();
+        m_diskStamp = fileStampForPath(path);
+    }
     ReadResult read = resolveRead(readPlainText(path), [&] { return readStrictUTF8(path); });
     if (encoding) *encoding = read.encoding;
     m_byteOrder = read.byteOrder;
@@ -77,10 +80,14 @@ std::unique_ptr<VXTextStorage> VXSingleFileDocument::textStorageFromURL(const st
 
 bool VXSingleFileDocument::readFromURL(const std::string& path, const std::string& type, std::string* error) {
     const auto started = Clock::now();
+    // Taken before the bytes are read: a change made while reading shows as a change on disk.
+    const auto stamp = fileStampForPath(path);
     errno = 0;
     PlainText platform = readPlainText(path);
     if (!platform.storage) {
-        if (error)
+        if (error && !platform.notRegular.empty())
+            *error = "“" + lastComponent(path) + "” is " + platform.notRegular + ", not a regular file: only files can be opened.";
+        else if (error)
             *error = "The file “" + lastComponent(path) + "” couldn’t be opened: " +
                      std::strerror(platform.error ? platform.error : EIO) + ".";
         return false;
@@ -93,6 +100,7 @@ bool VXSingleFileDocument::readFromURL(const std::string& path, const std::strin
     if (!finishOpening(std::move(read), path, error)) return false;
     m_fileType = type;
     m_lastReadStat = started;
+    m_diskStamp = stamp;
     return true;
 }
 
@@ -127,6 +135,9 @@ bool VXSingleFileDocument::finishOpening(ReadResult read, const std::string& pat
 
     m_contentsEncoding = read.encoding;
     m_byteOrder = read.byteOrder;
+    m_byteOrderMark = read.byteOrderMark && read.encoding == encoding::kUTF8;
+    m_validInNoEncoding = read.validInNoEncoding;
+    m_savingAsUTF8Accepted = false;
     m_fileURL = path;
     m_language = *language;
     // Detection, settings and language defaults start from the editor-wide default.
@@ -156,6 +167,13 @@ void VXSingleFileDocument::dealWithNewDoc() {
     for (auto* view : m_views) view->documentDidOpen();
 }
 
+void VXSingleFileDocument::prepareForNewFile(const std::string& path) {
+    if (m_fileURL) return;
+    if (auto language = chooseLanguage(path, *m_contents)) m_language = *language;
+    if (!userHasChangedIndentationContext)
+        setUpTabInfoWithDDLang(VXDefaultDetector::sharedDetector().languageForPath(path));
+}
+
 bool VXSingleFileDocument::revertToContentsOfURL(const std::string& path, const std::string& type, std::string* error) {
     return readFromURL(path, type, error);
 }
@@ -181,8 +199,22 @@ bool VXSingleFileDocument::trimTrailingWhitespaceApplies() const {
     return !identifierHasComponent(m_language.identifier, "markdown");
 }
 
+// The message for a write that failed, naming the step when it says more than the error alone.
+static std::string saveFailure(const std::string& name, const AtomicWriteResult& written) {
+    if (written.error == kNotRegularFile && written.failedStep == FileStep::Open)
+        return "The document “" + name + "” couldn’t be saved: the path is not a regular file.";
+    std::string message = "The document “" + name + "” couldn’t be saved: " + std::strerror(written.error) + ".";
+    if (!written.keptCopy.empty()) message += " Its previous contents are kept in " + written.keptCopy + ".";
+    return message;
+}
+
 bool VXSingleFileDocument::saveToURL(const std::string& path, const std::string& type, SaveOperation operation,
                                      std::string* error) {
+    if (needsConfirmationToSave()) {
+        if (error)
+            *error = "“" + lastComponent(path) + "” was not valid text in any encoding; saving it as UTF-8 would change its bytes.";
+        return false;
+    }
     // 1. The trim is worked out first and applied to the text only once the file is written, so a
     //    failed save leaves the text as it was.
     std::optional<TrimPlan> trim;
@@ -207,11 +239,11 @@ bool VXSingleFileDocument::saveToURL(const std::string& path, const std::string&
     const bool existed = ::stat(path.c_str(), &before) == 0;
     const bool ownFile = m_fileURL && *m_fileURL == path;
 
-    // 3. Write beside the file, flush, rename over it.
-    const AtomicWriteResult written = writeFileAtomically(path, *bytes);
+    // 3. The new contents take the old file's place, keeping its owner, group, mode bits,
+    //    extended attributes and hard links.
+    const AtomicWriteResult written = replaceFileContents(path, *bytes);
     if (!written.ok) {
-        if (error)
-            *error = "The document “" + lastComponent(path) + "” couldn’t be saved: " + std::strerror(written.error) + ".";
+        if (error) *error = saveFailure(lastComponent(path), written);
         return false;
     }
     if (trim) {
@@ -222,7 +254,8 @@ bool VXSingleFileDocument::saveToURL(const std::string& path, const std::string&
         VXGoodLog("Trim");
     }
 
-    // 4. Owner, group and permissions as they were.
+    // 4. Owner, group and permissions as they were (the write above already kept them; this
+    //    repairs what a file system may have changed behind it).
     struct stat after {};
     if (existed && operation != SaveOperation::SaveAs && ownFile && ::stat(path.c_str(), &after) == 0)
         repairAttributes(path, before, after);
@@ -231,14 +264,16 @@ bool VXSingleFileDocument::saveToURL(const std::string& path, const std::string&
     m_fileURL = path;
     m_fileType = type;
     m_changeCount = 0;
-    m_lastReadStat = Clock::now();  // our own write is not a change made by another application
+    // Our own write is not a change made by another application.
+    m_lastReadStat = Clock::now();
+    m_diskStamp = fileStampForPath(path);
 
-    // 5. The name may have changed: choose the language again, set up the tab information for the
-    // (possibly new) extension, and remember the language for the extension.
+    // 5. The name may have changed: choose the language again and set up the tab information for
+    // the (possibly new) extension. What the detector chose is not recorded for the extension:
+    // only a language the user picks is, so that a language's own defaults keep applying.
     if (auto language = chooseLanguage(path, *m_contents)) {
         m_language = *language;
         if (!userHasChangedIndentationContext) setUpTabInfoWithDDLang(defaultDetectorLanguage());
-        if (m_languageChooser) VXDefaultDetector::sharedDetector().recordLanguage(language->name, extensionOrFileName(path));
     }
     return true;
 }

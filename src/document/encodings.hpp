@@ -44,6 +44,9 @@ EncodingMenu fileEncodingLocalNames();
 // vx_isAllowedEncoding refuses gets one extra item of its own at the end.
 EncodingMenu encodingMenuForDocument(uint64_t current);
 
+// Every encoding of the table that can be read and written here, in table order.
+std::vector<uint64_t> availableEncodings();
+
 // The platform number for a charset name as detectors and ICU give it ("ISO-8859-1" gives 5,
 // "WINDOWS-1252" gives 12); nothing for an unknown name.
 std::optional<uint64_t> encodingForCharsetName(std::string_view name);

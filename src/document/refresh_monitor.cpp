@@ -9,14 +9,6 @@
 #include "platform/run_loop.hpp"
 
 namespace vx {
-namespace {
-
-double secondsSince2001(VXSingleFileDocument::Clock::time_point moment) {
-    const auto sinceEpoch = std::chrono::duration<double>(moment.time_since_epoch()).count();
-    return sinceEpoch - kSecondsFrom1970To2001;
-}
-
-}  // namespace
 
 VXRefreshMonitor& VXRefreshMonitor::sharedMonitor() {
     static VXRefreshMonitor monitor;
@@ -37,18 +29,18 @@ double VXRefreshMonitor::timestampForURL(const std::string& path) {
     return static_cast<double>(info.st_mtim.tv_sec) + info.st_mtim.tv_nsec / 1e9 - kSecondsFrom1970To2001;
 }
 
-int VXRefreshMonitor::performActionForSnapshot(const std::string& path, double lastReadTimestamp, bool hasUnsavedChanges) {
-    const double modified = timestampForURL(path);
-    if (modified == 0 || modified <= lastReadTimestamp) return kNothing;
+int VXRefreshMonitor::performActionForSnapshot(const std::string& path, const FileStamp& lastSeen, bool hasUnsavedChanges) {
+    const auto now = fileStampForPath(path);
+    if (!now || *now == lastSeen) return kNothing;
     return hasUnsavedChanges ? kAsk : kRevert;
 }
 
 int VXRefreshMonitor::performActionForURL(const std::string& path, const VXSingleFileDocument& document,
                                           std::string* outdata) {
     if (outdata) outdata->clear();
-    const auto lastRead = document.lastReadStat();
-    if (!lastRead) return kNothing;  // never read from disk: nothing to compare with
-    return performActionForSnapshot(path, secondsSince2001(*lastRead), document.hasUnsavedChanges());
+    const auto& lastSeen = document.diskStamp();
+    if (!lastSeen) return kNothing;  // never read from disk: nothing to compare with
+    return performActionForSnapshot(path, *lastSeen, document.hasUnsavedChanges());
 }
 
 std::string VXRefreshMonitor::alertMessage(const std::string& path) {
@@ -61,9 +53,8 @@ std::vector<VXRefreshMonitor::Snapshot> VXRefreshMonitor::snapshot() const {
     // Documents belong to the main thread: the queue works on copies of what it needs.
     std::vector<Snapshot> snapshots;
     for (auto* document : m_documents) {
-        if (!document->fileURL() || document->fileURL()->empty() || !document->lastReadStat()) continue;
-        snapshots.push_back({document, *document->fileURL(), secondsSince2001(*document->lastReadStat()),
-                             document->hasUnsavedChanges()});
+        if (!document->fileURL() || document->fileURL()->empty() || !document->diskStamp()) continue;
+        snapshots.push_back({document, *document->fileURL(), *document->diskStamp(), document->hasUnsavedChanges()});
     }
     return snapshots;
 }
@@ -71,8 +62,9 @@ std::vector<VXRefreshMonitor::Snapshot> VXRefreshMonitor::snapshot() const {
 std::vector<VXRefreshMonitor::Record> VXRefreshMonitor::check(const std::vector<Snapshot>& snapshots) {
     std::vector<Record> records;
     for (const auto& item : snapshots) {
-        const int action = performActionForSnapshot(item.path, item.lastRead, item.unsaved);
-        if (action != kNothing) records.push_back({item.document, item.path, std::string(), action});
+        const int action = performActionForSnapshot(item.path, item.lastSeen, item.unsaved);
+        if (action != kNothing)
+            records.push_back({item.document, item.path, std::string(), action, fileStampForPath(item.path)});
     }
     return records;
 }
@@ -90,6 +82,7 @@ void VXRefreshMonitor::act(const std::vector<Record>& records) {
         const size_t choice = m_alerts->runCriticalAlert(kAlertTitle, alertMessage(record.url),
                                                          {"Keep Vellumex Version", "Use Version on Disk"});
         if (choice == 1) record.document->revertFromDiskAfterDiskChangedToURL(record.url, record.data);
+        else record.document->setDiskStamp(record.onDisk);  // kept: this version is not asked about again
     }
 }
 

@@ -4,15 +4,18 @@
 // promptInBackground, or waited for with promptImmediately) asks performActionForURL for each
 // document with a path: 0 nothing to do, 1 revert without asking, 2 ask. On the main thread the
 // silent reverts happen first, then one critical alert per document that has unsaved changes:
-// "Keep Vellumex Version" leaves it alone, "Use Version on Disk" reverts it.
+// "Keep Vellumex Version" leaves its text alone and takes the version on disk as seen (it is not
+// asked about again until the file changes again), "Use Version on Disk" reverts it.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "document/document_hooks.hpp"
 #include "platform/dispatch.hpp"
+#include "platform/file_stamp.hpp"
 
 namespace vx {
 
@@ -38,11 +41,13 @@ public:
     // Checks, waiting for the result, then reverts and alerts at once (call on the main thread).
     void promptImmediately();
 
-    // What to do about one document: nothing when the file on disk is not newer than the last read
-    // (or is gone), a silent revert when the document has no unsaved changes, else ask. `outdata`
+    // What to do about one document: nothing when the file on disk is the version last read or
+    // written (same modification time, size, inode and device) or is gone, a silent revert when
+    // the document has no unsaved changes, else ask. Any difference counts, an older modification
+    // time too: a copy restored with its old times is still another program's change. `outdata`
     // receives nothing: the revert reads the file again itself.
     static int performActionForURL(const std::string& path, const VXSingleFileDocument& document, std::string* outdata);
-    static int performActionForSnapshot(const std::string& path, double lastReadTimestamp, bool hasUnsavedChanges);
+    static int performActionForSnapshot(const std::string& path, const FileStamp& lastSeen, bool hasUnsavedChanges);
     // A file's modification time in seconds since 2001-01-01 00:00:00 UTC; 0 when it cannot be read.
     static double timestampForURL(const std::string& path);
 
@@ -53,7 +58,7 @@ private:
     struct Snapshot {
         VXSingleFileDocument* document;
         std::string path;
-        double lastRead;
+        FileStamp lastSeen;
         bool unsaved;
     };
     struct Record {
@@ -61,6 +66,7 @@ private:
         std::string url;
         std::string data;
         int action;
+        std::optional<FileStamp> onDisk;
     };
     std::vector<Snapshot> snapshot() const;
     static std::vector<Record> check(const std::vector<Snapshot>& snapshots);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "document/tabdetection.hpp"
 #include "platform/notification_center.hpp"
 #include "platform/run_loop.hpp"
 
@@ -48,7 +49,13 @@ bool VXSingleFileDocument::setFileEncoding(uint64_t encoding) {
     const bool convertible = encodedContents({}, false).has_value();
     m_contentsEncoding = old;
     if (!convertible) return false;
-    m_undoManager.registerUndo(this, [this, old] { setFileEncoding(old); });
+    const bool oldMark = m_byteOrderMark;
+    m_undoManager.registerUndo(this, [this, old, oldMark] {
+        setFileEncoding(old);
+        m_byteOrderMark = oldMark;
+    });
+    // A text converted to UTF-8 from another encoding starts without a mark, as a new file does.
+    if (encoding != old) m_byteOrderMark = false;
     m_contentsEncoding = encoding;
     postEncodingChanged();
     return true;
@@ -60,17 +67,36 @@ void VXSingleFileDocument::postEncodingChanged() {
 
 std::optional<std::string> VXSingleFileDocument::encodedContents(std::u16string_view replacement,
                                                                  bool useReplacement) const {
-    if (useReplacement) return encodeStrictly(replacement, m_contentsEncoding, m_byteOrder);
-    // Hand the storage's pieces over one at a time, so the text is never copied whole.
-    std::vector<std::u16string_view> pieces;
-    m_contents->forEachSegment({0, m_contents->length()}, [&](std::u16string_view piece) { pieces.push_back(piece); });
-    size_t next = 0;
-    return encodeStrictly(
-        [&]() -> std::optional<std::u16string_view> {
-            if (next == pieces.size()) return std::nullopt;
-            return pieces[next++];
-        },
-        m_contentsEncoding, m_byteOrder);
+    std::optional<std::string> bytes;
+    if (useReplacement) {
+        bytes = encodeStrictly(replacement, m_contentsEncoding, m_byteOrder);
+    } else {
+        // Hand the storage's pieces over one at a time, so the text is never copied whole.
+        std::vector<std::u16string_view> pieces;
+        m_contents->forEachSegment({0, m_contents->length()}, [&](std::u16string_view piece) { pieces.push_back(piece); });
+        size_t next = 0;
+        bytes = encodeStrictly(
+            [&]() -> std::optional<std::u16string_view> {
+                if (next == pieces.size()) return std::nullopt;
+                return pieces[next++];
+            },
+            m_contentsEncoding, m_byteOrder);
+    }
+    if (bytes && m_byteOrderMark && m_contentsEncoding == encoding::kUTF8) bytes->insert(0, "\xEF\xBB\xBF");
+    return bytes;
+}
+
+bool VXSingleFileDocument::shouldHighlight() const {
+    const uint64_t length = m_contents->length();
+    if (length >= kHighlightLengthLimit) return false;  // decided without looking at the text
+    const std::u16string text = m_contents->string();
+    return vx::shouldHighlight(text);
+}
+
+bool VXSingleFileDocument::fileChangedOnDisk() const {
+    if (!m_fileURL || !m_diskStamp) return false;
+    auto now = fileStampForPath(*m_fileURL);
+    return now && *now != *m_diskStamp;
 }
 
 // --- line endings ------------------------------------------------------------------------------
@@ -82,8 +108,17 @@ void VXSingleFileDocument::setLineEndingType(NewlineType type) {
     NotificationCenter::defaultCenter().postNotificationName(kLineEndingChangedNotification, this);
 }
 
+bool VXSingleFileDocument::lineBreaksDifferFrom(NewlineType type) const {
+    NewlineCounter counter;
+    m_contents->forEachSegment({0, m_contents->length()}, [&](std::u16string_view piece) { counter.add(piece); });
+    // A text without line breaks has none of another style.
+    if (counter.lf() + counter.cr() + counter.crlf() == 0) return false;
+    return counter.result() != type;
+}
+
 void VXSingleFileDocument::convertToLineEndings(NewlineType type) {
-    const std::u16string converted = vx::convertToLineEndings(m_contents->string(), type);
+    std::u16string converted = vx::convertToLineEndings(m_contents->string(), type);
+    if (converted.size() == m_contents->length() && converted == m_contents->string()) return;  // nothing to convert
     m_undoManager.beginUndoGrouping();
     replaceCharactersUndoably({0, m_contents->length()}, converted);
     m_undoManager.endUndoGrouping();

@@ -26,6 +26,7 @@
 #include "document/line_endings.hpp"
 #include "document/text_reader.hpp"
 #include "document/text_storage.hpp"
+#include "platform/file_stamp.hpp"
 #include "platform/undo_manager.hpp"
 
 namespace vx {
@@ -61,11 +62,32 @@ public:
     std::unique_ptr<VXTextStorage> textStorageFromURL(const std::string& path, uint64_t* encoding,
                                                       bool authenticateIfNecessary, bool shouldSetStat);
     bool revertToContentsOfURL(const std::string& path, const std::string& type, std::string* error);
+    // A document for a file that does not exist yet: its language and indentation are chosen from
+    // the name now, so that it is coloured before its first save.
+    void prepareForNewFile(const std::string& path);
     bool revertFromDiskAfterDiskChanged();
     bool revertFromDiskAfterDiskChangedToURL(const std::string& path, const std::string& data);
 
     // --- saving ---
+    // Writes the text to `path`, keeping what the file on disk is (owner, group, mode bits, extended
+    // attributes, hard links; see replaceFileContents). Refuses, with the reason in `error`, a text
+    // that cannot be written in its encoding, a path that is not a regular file, and a text that
+    // was valid in no encoding until acceptSavingAsUTF8 is called.
     bool saveToURL(const std::string& path, const std::string& type, SaveOperation operation, std::string* error);
+
+    // The file's bytes were valid in no encoding: its text is their Mac Roman reading, and saving
+    // writes it as UTF-8, which changes the bytes. The user is asked before the first save.
+    bool wasValidInNoEncoding() const { return m_validInNoEncoding; }
+    bool needsConfirmationToSave() const { return m_validInNoEncoding && !m_savingAsUTF8Accepted; }
+    void acceptSavingAsUTF8() { m_savingAsUTF8Accepted = true; }
+
+    // The version of the file last read or written (modification time, size, inode, device);
+    // anything else on disk is another program's change.
+    const std::optional<FileStamp>& diskStamp() const { return m_diskStamp; }
+    // Takes the version now on disk as seen (the user chose to keep the text in memory).
+    void setDiskStamp(std::optional<FileStamp> stamp) { m_diskStamp = stamp; }
+    // Whether the file on disk is another version than the one last read or written.
+    bool fileChangedOnDisk() const;
 
     // --- state ---
     VXTextStorage& contents() { return *m_contents; }
@@ -78,15 +100,23 @@ public:
     // False (and nothing changes) when the text cannot be written in `encoding`.
     bool setFileEncoding(uint64_t encoding);
     ByteOrder byteOrder() const { return m_byteOrder; }
+    // UTF-8 with a byte-order mark: a file read with one is written with one; a new file has none.
+    // (UTF-16 and UTF-32 are always written with their mark.)
+    bool hasByteOrderMark() const { return m_byteOrderMark; }
 
     NewlineType lineEndingType() const { return m_contentsNewlineType; }
     void setLineEndingType(NewlineType type);
     // Replaces the whole text by a plain copy with every line break in the given style (undoable).
     void convertToLineEndings(NewlineType type);
+    // Whether some line break in the text is not of the given style.
+    bool lineBreaksDifferFrom(NewlineType type) const;
     void recalculateLineEnding();
 
     const DocumentLanguage& language() const { return m_language; }
     VXIndentationContext& indentationContext() { return m_indentation; }
+    // Whether the text is fit to be highlighted (no text of 2M units or more, not too many very
+    // long lines; see shouldHighlight in tabdetection).
+    bool shouldHighlight() const;
     bool userHasChangedIndentationContext = false;
 
     // --- scoped settings and tab information (document_tab_info.cpp) ---
@@ -138,6 +168,10 @@ private:
     std::unique_ptr<VXTextStorage> m_contents;
     uint64_t m_contentsEncoding = encoding::kUTF8;
     ByteOrder m_byteOrder = ByteOrder::Little;
+    bool m_byteOrderMark = false;
+    bool m_validInNoEncoding = false;
+    bool m_savingAsUTF8Accepted = false;
+    std::optional<FileStamp> m_diskStamp;
     NewlineType m_contentsNewlineType = NewlineType::LF;
     std::optional<Clock::time_point> m_lastReadStat;
     std::optional<std::string> m_fileURL;

@@ -8,8 +8,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
-#include "platform/file_cache.hpp"
 #include "platform/unique_handle.hpp"
 
 namespace vx {
@@ -83,11 +83,24 @@ struct OpenFile {
     UniqueFd fd;
     int error = 0;
     uint64_t size = 0;
+    std::string notRegular;
 };
+
+// What a path that is not a regular file is, in words for the message that refuses it.
+std::string kindOfFile(mode_t mode) {
+    if (S_ISDIR(mode)) return "a folder";
+    if (S_ISFIFO(mode)) return "a named pipe";
+    if (S_ISCHR(mode)) return "a character device";
+    if (S_ISBLK(mode)) return "a block device";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "not a regular file";
+}
 
 OpenFile openForReading(const std::string& path) {
     OpenFile file;
-    file.fd = UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // Opened without blocking, so that a pipe that was put where the file was cannot hang the
+    // open; anything but a regular file is then refused before a byte is read.
+    file.fd = UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.fd) {
         file.error = errno;
         return file;
@@ -96,11 +109,13 @@ OpenFile openForReading(const std::string& path) {
     if (::fstat(file.fd.get(), &info) != 0) {
         file.error = errno;
         file.fd.reset();
-    } else if (S_ISDIR(info.st_mode)) {
-        file.error = EISDIR;
+    } else if (!S_ISREG(info.st_mode)) {
+        file.error = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+        file.notRegular = kindOfFile(info.st_mode);
         file.fd.reset();
     } else {
         file.size = static_cast<uint64_t>(info.st_size);
+        ::fcntl(file.fd.get(), F_SETFL, ::fcntl(file.fd.get(), F_GETFL) & ~O_NONBLOCK);
     }
     return file;
 }
@@ -158,6 +173,24 @@ std::optional<uint64_t> detectCharset(std::string_view bytes) {
     return encodingForCharsetName(name);
 }
 
+// The text of bytes in an encoding, only when writing that text in the same encoding gives the
+// very same bytes back (some legacy encodings read two byte sequences as one character).
+std::optional<std::u16string> decodeRoundTripping(std::string_view bytes, uint64_t encoding) {
+    auto text = decodeStrictly(bytes, encoding);
+    if (!text) return std::nullopt;
+    auto again = encodeStrictly(*text, encoding);
+    if (!again || *again != bytes) return std::nullopt;
+    return text;
+}
+
+// Encodings to try for what the detector names: UTF-16 and UTF-32 without a byte-order mark are
+// tried in both orders, written back without a mark.
+std::vector<uint64_t> candidatesFor(uint64_t detected) {
+    if (detected == encoding::kUTF16) return {encoding::kUTF16LittleEndian, encoding::kUTF16BigEndian};
+    if (detected == encoding::kUTF32) return {encoding::kUTF32LittleEndian, encoding::kUTF32BigEndian};
+    return {detected};
+}
+
 }  // namespace
 
 PlainText plainTextFromBytes(std::string_view bytes) {
@@ -183,6 +216,7 @@ PlainText plainTextFromBytes(std::string_view bytes) {
             result.storage = storageFrom(*text);
             result.detectedEncoding = mark.encoding;
             result.byteOrder = mark.order;
+            result.byteOrderMark = true;
             return result;
         }
         break;  // a mark followed by text that does not decode: let the detector try
@@ -199,10 +233,12 @@ PlainText plainTextFromBytes(std::string_view bytes) {
         return result;
     }
     if (auto detected = detectCharset(bytes)) {
-        if (auto text = decodeStrictly(bytes, *detected)) {
-            result.storage = storageFrom(*text);
-            result.detectedEncoding = *detected;
-            return result;
+        for (uint64_t candidate : candidatesFor(*detected)) {
+            if (auto text = decodeRoundTripping(bytes, candidate)) {
+                result.storage = storageFrom(*text);
+                result.detectedEncoding = candidate;
+                return result;
+            }
         }
     }
     if (auto text = decodeStrictly(bytes, encoding::kMacRoman)) {
@@ -217,6 +253,7 @@ PlainText readPlainText(const std::string& path) {
     OpenFile file = openForReading(path);
     if (!file.fd) {
         result.error = file.error;
+        result.notRegular = file.notRegular;
         return result;
     }
     char head[4] = {};
@@ -236,6 +273,7 @@ PlainText readPlainText(const std::string& path) {
         case StreamOutcome::Decoded:
             result.storage = std::move(storage);
             result.detectedEncoding = allASCII && !utf8Mark ? encoding::kASCII : encoding::kUTF8;
+            result.byteOrderMark = utf8Mark;
             return result;
         case StreamOutcome::ReadError:
             return result;
@@ -243,14 +281,23 @@ PlainText readPlainText(const std::string& path) {
             break;
         }
     }
-    // Neither ASCII nor UTF-8: the detectors need the whole file.
-    errno = 0;
-    auto bytes = readWholeFile(path);
-    if (!bytes) {
-        result.error = errno ? errno : EIO;
+    // Neither ASCII nor UTF-8: the detectors need the whole file, read from the file already open.
+    std::string bytes;
+    bytes.resize(file.size);
+    if (::lseek(file.fd.get(), 0, SEEK_SET) < 0) {
+        result.error = errno;
         return result;
     }
-    return plainTextFromBytes(*bytes);
+    const ssize_t got = readFully(file.fd.get(), bytes.data(), bytes.size());
+    if (got < 0) {
+        result.error = errno;
+        return result;
+    }
+    bytes.resize(static_cast<size_t>(got));
+    // The file may have grown since it was measured.
+    char more[1 << 16];
+    for (ssize_t n; (n = readFully(file.fd.get(), more, sizeof more)) > 0;) bytes.append(more, static_cast<size_t>(n));
+    return plainTextFromBytes(bytes);
 }
 
 std::unique_ptr<VXTextStorage> readStrictUTF8(const std::string& path) {
@@ -271,6 +318,7 @@ std::unique_ptr<VXTextStorage> readStrictUTF8(const std::string& path) {
 ReadResult resolveRead(PlainText platform, const std::function<std::unique_ptr<VXTextStorage>()>& readUTF8) {
     ReadResult result;
     const uint64_t detected = platform.detectedEncoding;
+    result.byteOrderMark = platform.byteOrderMark;
     if (platform.storage && detected != 0 && detected != encoding::kMacRoman) {
         result.storage = std::move(platform.storage);
         result.encoding = detected == encoding::kASCII ? encoding::kUTF8 : detected;
@@ -282,8 +330,9 @@ ReadResult resolveRead(PlainText platform, const std::function<std::unique_ptr<V
         result.storage = std::move(strict);
         return result;
     }
-    // Deliberately still UTF-8: shown as the platform read it, saved as UTF-8.
+    // Deliberately still UTF-8: shown as the platform read it, saved as UTF-8 once the user agrees.
     result.storage = std::move(platform.storage);
+    result.validInNoEncoding = result.storage != nullptr;
     return result;
 }
 

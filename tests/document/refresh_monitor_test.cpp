@@ -8,6 +8,7 @@
 
 #include "document/document_fakes.hpp"
 #include "document/single_file_document.hpp"
+#include "platform/file_stamp.hpp"
 #include "platform/run_loop.hpp"
 #include "platform/scoped_home.hpp"
 
@@ -26,7 +27,7 @@ void changeOnDisk(const std::string& path, const std::string& text, int secondsA
     ::utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
 
-TEST(RefreshMonitor, DecisionsByModificationTimeAndUnsavedChanges) {
+TEST(RefreshMonitor, DecisionsByAnyChangeOfTheFileAndUnsavedChanges) {
     test::ScopedHome home;
     const std::string path = home.dir.write("f.txt", "x");
     timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
@@ -36,16 +37,51 @@ TEST(RefreshMonitor, DecisionsByModificationTimeAndUnsavedChanges) {
     EXPECT_EQ(VXRefreshMonitor::timestampForURL(home.dir.path() + "/gone"), 0);
 
     using M = VXRefreshMonitor;
-    EXPECT_EQ(M::performActionForSnapshot(path, modified, false), M::kNothing);       // not newer
-    EXPECT_EQ(M::performActionForSnapshot(path, modified + 1, true), M::kNothing);
-    EXPECT_EQ(M::performActionForSnapshot(path, modified - 1, false), M::kRevert);    // newer, clean
-    EXPECT_EQ(M::performActionForSnapshot(path, modified - 1, true), M::kAsk);        // newer, unsaved
-    EXPECT_EQ(M::performActionForSnapshot(home.dir.path() + "/gone", 0, true), M::kNothing);
+    const FileStamp seen = *fileStampForPath(path);
+    EXPECT_EQ(M::performActionForSnapshot(path, seen, false), M::kNothing);  // the same version
+    EXPECT_EQ(M::performActionForSnapshot(path, seen, true), M::kNothing);
+    FileStamp newer = seen, older = seen, otherSize = seen, otherInode = seen;
+    newer.modifiedNanoseconds -= 1'000'000'000;  // what was seen is older than the file: it changed
+    older.modifiedNanoseconds += 1'000'000'000;  // the file went back in time: a restored copy
+    otherSize.size += 1;
+    otherInode.inode += 1;
+    for (const FileStamp& stale : {newer, older, otherSize, otherInode}) {
+        EXPECT_EQ(M::performActionForSnapshot(path, stale, false), M::kRevert);
+        EXPECT_EQ(M::performActionForSnapshot(path, stale, true), M::kAsk);
+    }
+    EXPECT_EQ(M::performActionForSnapshot(home.dir.path() + "/gone", seen, true), M::kNothing);
 
     VXSingleFileDocument untitled;
     std::string data = "stale";
     EXPECT_EQ(M::performActionForURL(path, untitled, &data), M::kNothing);  // never read from disk
     EXPECT_TRUE(data.empty());
+}
+
+TEST(RefreshMonitor, AnOlderCopyPutInPlaceIsNoticed) {
+    test::ScopedHome home;
+    std::string error;
+    const std::string path = home.dir.write("f.txt", "current\n");
+    VXSingleFileDocument document;
+    ASSERT_TRUE(document.readFromURL(path, "txt", &error));
+    // cp -p / rsync -a / tar x: other contents, renamed into place, with times from the past.
+    const std::string copy = home.dir.write(".f.txt.restore", "restored\n");
+    timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, copy.c_str(), times, 0), 0);
+    ASSERT_EQ(::rename(copy.c_str(), path.c_str()), 0);
+    EXPECT_TRUE(document.fileChangedOnDisk());
+    EXPECT_EQ(VXRefreshMonitor::performActionForURL(path, document, nullptr), VXRefreshMonitor::kRevert);
+
+    VXRefreshMonitor monitor;
+    test::FakeAlerts alerts;
+    monitor.setAlertPresenter(&alerts);
+    monitor.addDocument(&document);
+    document.js_replaceTextInRange({0, 0}, u"mine ");
+    alerts.answer = 0;  // keep the text here: the version on disk is then not asked about again
+    monitor.promptImmediately();
+    monitor.promptImmediately();
+    EXPECT_EQ(alerts.titles.size(), 1u);
+    EXPECT_EQ(document.contents().string(), u"mine current\n");
+    EXPECT_FALSE(document.fileChangedOnDisk());
 }
 
 TEST(RefreshMonitor, RevertsCleanDocumentsAndAsksAboutChangedOnes) {
@@ -78,7 +114,11 @@ TEST(RefreshMonitor, RevertsCleanDocumentsAndAsksAboutChangedOnes) {
     EXPECT_NE(alerts.messages[0].find(dirtyPath), std::string::npos);
     EXPECT_EQ(alerts.buttons[0], (std::vector<std::string>{"Keep Vellumex Version", "Use Version on Disk"}));
 
-    // Asked again (the file is still newer), the user now takes the version on disk, in the background.
+    // Kept once, the same version is not asked about again; a newer one is, and the user now takes
+    // the version on disk, in the background.
+    monitor.promptImmediately();
+    EXPECT_EQ(alerts.titles.size(), 1u);
+    changeOnDisk(dirtyPath, "new dirty", 7);
     alerts.answer = 1;
     monitor.promptInBackground();
     EXPECT_TRUE(RunLoop::main().runUntil([&] { return dirty.contents().string() == u"new dirty"; }, 2s));

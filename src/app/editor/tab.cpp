@@ -45,7 +45,8 @@ void Tab::documentDidChange() {
     m_highlighter.reset();
     auto& catalog = VXLanguageCatalog::sharedCatalog();
     m_language = catalog.languageNamed(m_document->language().identifier);
-    if (m_language && m_language != catalog.plainText())
+    // A text too heavy to colour stays plain, whatever its language.
+    if (m_language && m_language != catalog.plainText() && m_document->shouldHighlight())
         if (VXSyntaxRuleset* ruleset = catalog.rulesetForLanguage(*m_language)) m_highlighter = std::make_unique<TabHighlighter>(*ruleset);
     Selection s = m_view->selection();
     uint64_t length = m_text.length();
