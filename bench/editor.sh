@@ -5,6 +5,8 @@
 #            file's first line shows (median of 3 runs; polling costs a few milliseconds)
 #   keys     cost per keystroke at the end of a 100,000-line C file: go to the end, send a burst
 #            of 400 keystrokes, wait until the last one shows; (elapsed / 400), median of 3
+#   minified the same at the end of a 2 MB minified JavaScript file of one line (a burst of 100):
+#            such a file is too heavy to highlight, and must type as fast as plain text
 # Needs tmux; the peers are Debian packages (neovim, micro, kakoune) and are skipped when missing.
 #   bench/editor.sh [path/to/vx]
 set -u
@@ -30,6 +32,8 @@ make_c() {  # lines
     }' > "$2"
 }
 make_c 100000 "$work/lines.c"
+# One line of 2 MB: minified JavaScript, the marker at its start.
+awk 'BEGIN { printf "/*FIRSTLINEMARKER*/"; for (i = 1; i <= 56000; i++) printf "function f%d(a){return a*%d+\"s\"};", i, i; print "" }' > "$work/min.js"
 make_c 360000 "$work/big.c"
 echo "corpus: $(du -h "$work/big.c" | cut -f1) ($(wc -l < "$work/big.c") lines) and $(wc -l < "$work/lines.c") lines" >&2
 
@@ -53,20 +57,21 @@ start_editor() {  # command...
 }
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 
-# name | command | keys to reach the end of the text ready to type | keys after typing to quit
+# name | command | keys to reach the end of the text ready to type | keys after typing to quit |
+# keys to reach the end of the long line ready to type
 editors=(
-    "vx|$VX|C-End|"
-    "nvim|nvim --clean -n|G o|"
-    "micro|micro -config-dir $work/micro|C-End|"
-    "kak|kak -n|g e o|"
+    "vx|$VX|C-End||C-End"
+    "nvim|nvim --clean -n|G o||G A"
+    "micro|micro -config-dir $work/micro|C-End||C-End"
+    "kak|kak -n|g e o||g e a"
 )
 
-printf '%-8s %18s %22s\n' editor "start 10 MB (ms)" "keystroke (ms/key)"
+printf '%-8s %18s %22s %24s\n' editor "start 10 MB (ms)" "keystroke (ms/key)" "minified key (ms/key)"
 for entry in "${editors[@]}"; do
-    IFS='|' read -r name command goend _ <<< "$entry"
+    IFS='|' read -r name command goend _ golineend <<< "$entry"
     binary="${command%% *}"
     if ! command -v "$binary" >/dev/null 2>&1 && [ ! -x "$binary" ]; then
-        printf '%-8s %18s %22s\n' "$name" "(not installed)" ""
+        printf '%-8s %18s %22s %24s\n' "$name" "(not installed)" "" ""
         continue
     fi
     starts=()
@@ -86,8 +91,21 @@ for entry in "${editors[@]}"; do
         tmux -L "$socket" send-keys -t bench -l "${burst}Q"
         if wait_for "xxxxQ" 20; then keys+=( $(( ($(now) - t0) / 1000 )) ); fi
     done
+    minified=()
+    short=$(printf 'x%.0s' $(seq 1 99))
+    for run in 1 2 3; do
+        start_editor "$command $work/min.js"
+        wait_for FIRSTLINEMARKER 30 || continue
+        tmux -L "$socket" send-keys -t bench $golineend
+        sleep 1
+        t0=$(now)
+        tmux -L "$socket" send-keys -t bench -l "${short}Q"
+        if wait_for "xxxxQ" 60; then minified+=( $(( ($(now) - t0) / 1000 )) ); fi
+    done
     start_ms=$(printf '%s\n' "${starts[@]:-}" | median)
     key_us=$(printf '%s\n' "${keys[@]:-}" | median)
     key_ms=$(awk -v us="${key_us:-0}" 'BEGIN { printf "%.3f", us / 1000 / 400 }')
-    printf '%-8s %18s %22s\n' "$name" "${start_ms:-?}" "$key_ms"
+    min_us=$(printf '%s\n' "${minified[@]:-}" | median)
+    min_ms=$(awk -v us="${min_us:-0}" 'BEGIN { printf "%.3f", us / 1000 / 100 }')
+    printf '%-8s %18s %22s %24s\n' "$name" "${start_ms:-?}" "$key_ms" "$min_ms"
 done

@@ -40,5 +40,22 @@ TEST(KeyBindings, UserFileReplacesCommandsItNamesAndStealsTheirKeys) {
     EXPECT_EQ(commandFor(bindings, "ctrl+z"), "undo");       // untouched command
 }
 
+TEST(KeyBindings, MistakesAreReportedWithTheirLineAndLoseNoKeys) {
+    auto bindings = KeyBindings::defaults();
+    std::vector<std::string> problems;
+    const std::string text = "(keys\n    (sav ctrl+s)\n    (quit ctrl+banana)\n    (undo ctrl+banana f9))\n";
+    bindings.apply(text, problems, [](std::string_view command) { return command != "sav"; });
+    ASSERT_EQ(problems.size(), 3u);
+    EXPECT_EQ(problems[0].rfind("line 2: ", 0), 0u) << problems[0];
+    EXPECT_NE(problems[0].find("sav"), std::string::npos);
+    EXPECT_EQ(problems[1].rfind("line 3: ", 0), 0u) << problems[1];
+    EXPECT_NE(problems[1].find("ctrl+banana"), std::string::npos);
+    EXPECT_EQ(problems[2].rfind("line 4: ", 0), 0u) << problems[2];
+    EXPECT_EQ(commandFor(bindings, "ctrl+s"), "save");  // an unknown command takes no key
+    EXPECT_EQ(commandFor(bindings, "ctrl+q"), "quit");  // no valid key given: the default stays
+    EXPECT_EQ(commandFor(bindings, "f9"), "undo");      // the valid keys on the line are kept
+    EXPECT_FALSE(commandFor(bindings, "ctrl+z"));
+}
+
 }  // namespace
 }  // namespace vx::tui

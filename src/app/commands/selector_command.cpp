@@ -45,6 +45,9 @@ void registerSelector(CLI::App& app) {
         ->required();
     best->add_option("SELECTOR", bestSelectors, "The candidate selectors, after --");
     best->callback([] {
+        // Without "--" a selector is easily taken for part of the scopes; no candidates is a mistake.
+        if (bestSelectors.empty())
+            throw CommandFailure("selector best: no selectors given (write them after --: vx selector best SCOPES -- SELECTOR...)");
         std::vector<const VXSelector*> candidates;
         for (const std::string& text : bestSelectors) candidates.push_back(VXSelector::compileString(text));
         auto chosen = bestItemInArray(candidates, std::identity(), contextOf(splitScopes(bestScopes)));

@@ -1,5 +1,6 @@
 #include "app/editor/files.hpp"
 
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,12 +12,14 @@
 #include <functional>
 
 #include "app/editor/editor.hpp"
+#include "app/editor/file_location.hpp"
 #include "app/editor/highlighting.hpp"
 #include "syntax/language_chooser.hpp"
 #include "document/single_file_document.hpp"
 #include "app/tui/utf8.hpp"
 #include "platform/atomic_file.hpp"
 #include "platform/file_cache.hpp"
+#include "platform/file_stamp.hpp"
 #include "platform/paths.hpp"
 #include "selfml/sfonode.hpp"
 
@@ -43,8 +46,15 @@ std::string samplesDirectory() {
 
 std::string absolutePath(const std::string& path) {
     std::error_code error;
-    fs::path absolute = fs::absolute(path, error);
+    fs::path absolute = fs::absolute(expandTilde(path), error);
     return error ? path : absolute.lexically_normal().string();
+}
+
+// The folder a Save As starts in, written with one slash at its end.
+std::string folderForSaving(const Tab& tab) {
+    std::string folder = tab.path().empty() ? absolutePath(".") : fs::path(tab.path()).parent_path().string();
+    while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    return folder == "/" ? folder : folder + "/";
 }
 
 Tab* tabWithPath(Editor& editor, const std::string& path) {
@@ -69,20 +79,65 @@ std::string selfmlString(std::string_view text) {
     return out + "`";
 }
 
-void saveThen(Editor& editor, Tab& tab, std::function<void(Editor&)> then);
+using Then = std::function<void(Editor&)>;
 
-void askSaveAs(Editor& editor, Tab& tab, std::function<void(Editor&)> then) {
-    std::string initial = tab.path().empty() ? absolutePath(".") + "/" : tab.path();
+// Saves once the user has agreed to what saving would do that they may not expect: writing a
+// text that was valid in no encoding as UTF-8, and overwriting a version of the file that another
+// program wrote since it was read. `path` empty: the tab's own file.
+void saveAsking(Editor& editor, Tab& tab, const std::string& path, Then then) {
     Tab* target = &tab;
-    editor.showModal(std::make_unique<LinePrompt>("Save as: ", initial, [target, then](Editor& e, std::optional<std::string> path) {
-        if (!path || path->empty() || !indexOfTab(e, target)) return;
-        if (saveTab(e, *target, *path) && then) then(e);
+    VXSingleFileDocument& document = tab.document();
+    if (document.needsConfirmationToSave()) {
+        editor.showModal(std::make_unique<Alert>(
+            "\u201c" + tab.displayName() + "\u201d was not valid text in any encoding",
+            "It was opened as Mac OS Roman. Saving writes it as UTF-8, which changes its bytes.",
+            std::vector<std::string>{"Save as UTF-8", "Cancel"}, 1, [target, path, then](Editor& e, int button) {
+                if (button != 0 || !indexOfTab(e, target)) return;
+                target->document().acceptSavingAsUTF8();
+                saveAsking(e, *target, path, then);
+            }));
+        return;
+    }
+    const bool ownFile = path.empty() || (document.fileURL() && *document.fileURL() == path);
+    if (ownFile && document.fileChangedOnDisk()) {
+        editor.showModal(std::make_unique<Alert>(
+            "\u201c" + tab.displayName() + "\u201d has been changed by another application",
+            "The file on disk is not the version that was opened. Saving replaces it with the text here.",
+            std::vector<std::string>{"Save Anyway", "Cancel"}, 1, [target, path, then](Editor& e, int button) {
+                if (button != 0 || !indexOfTab(e, target)) return;
+                target->document().setDiskStamp(fileStampForPath(target->path()));
+                saveAsking(e, *target, path, then);
+            }));
+        return;
+    }
+    if (saveTab(editor, tab, path) && then) then(editor);
+}
+
+void askSaveAs(Editor& editor, Tab& tab, Then then) {
+    std::string initial = tab.path().empty() ? folderForSaving(tab) : tab.path();
+    Tab* target = &tab;
+    editor.showModal(std::make_unique<LinePrompt>("Save as: ", initial, [target, then](Editor& e, std::optional<std::string> given) {
+        if (!given || given->empty() || !indexOfTab(e, target)) return;
+        const std::string path = absolutePath(*given);
+        std::error_code error;
+        if (path != target->path() && fs::exists(path, error)) {
+            // Another file is there: it goes only when the user says so.
+            e.showModal(std::make_unique<Alert>(
+                "\u201c" + fs::path(path).filename().string() + "\u201d already exists. Do you want to replace it?",
+                "A file with that name is already in " + abbreviatingWithTildeInPath(fs::path(path).parent_path().string()) +
+                    ". Replacing it overwrites its contents.",
+                std::vector<std::string>{"Replace", "Cancel"}, 1, [target, path, then](Editor& e2, int button) {
+                    if (button == 0 && indexOfTab(e2, target)) saveAsking(e2, *target, path, then);
+                }));
+            return;
+        }
+        saveAsking(e, *target, path, then);
     }));
 }
 
-void saveThen(Editor& editor, Tab& tab, std::function<void(Editor&)> then) {
+void saveThen(Editor& editor, Tab& tab, Then then) {
     if (tab.path().empty()) return askSaveAs(editor, tab, std::move(then));
-    if (saveTab(editor, tab) && then) then(editor);
+    saveAsking(editor, tab, {}, std::move(then));
 }
 
 // Closes a tab, first asking what to do with unsaved changes; `then` runs once it is closed.
@@ -149,8 +204,13 @@ bool openFile(Editor& editor, const std::string& givenPath) {
             editor.showError(error.empty() ? "Cannot open " + givenPath : error);
             return false;
         }
+        const bool invalid = document->wasValidInNoEncoding();
         editor.openTab(std::make_unique<Tab>(std::move(document)));
+        if (invalid)
+            editor.showError("\u201c" + fs::path(path).filename().string() +
+                             "\u201d is not valid text in any encoding: it is shown as Mac OS Roman, and saving asks first.");
     } else {
+        document->prepareForNewFile(path);
         editor.showMessage("New file: " + givenPath);
         editor.openTab(std::make_unique<Tab>(std::move(document), path));
     }
@@ -175,13 +235,48 @@ void openStartupPaths(Editor& editor, const std::vector<std::string>& paths) {
         return;
     }
     std::string folder;
-    for (const auto& path : paths) {
+    auto exists = [](const std::string& path) {
         std::error_code error;
-        if (fs::is_directory(path, error)) folder = path;
-        else openFile(editor, path);
+        return fs::exists(path, error);
+    };
+    std::optional<size_t> first;
+    for (const auto& location : fileLocationsFromArguments(paths, exists)) {
+        std::error_code error;
+        if (fs::is_directory(location.path, error)) {
+            folder = location.path;
+            continue;
+        }
+        if (!openFile(editor, location.path)) continue;
+        if (!first) first = editor.activeIndex();
+        if (location.line) goToLocation(*editor.activeTab(), *location.line, location.column.value_or(1));
     }
-    if (editor.tabCount()) editor.activateTab(0);
+    if (editor.tabCount()) editor.activateTab(first.value_or(0));
+    editor.revealCaret();
     if (!folder.empty()) showFileList(editor, folder);
+}
+
+void goToLocation(Tab& tab, uint64_t line, uint64_t column) {
+    const TextBuffer& text = tab.text();
+    const uint64_t index = std::min(std::max<uint64_t>(line, 1), text.lineCount()) - 1;
+    const Range content = text.lineContentRange(index);
+    const uint64_t offset = content.location + std::min(std::max<uint64_t>(column, 1) - 1, content.length);
+    tab.setSelection(Selection::caretAt(offset));
+}
+
+std::string expandTilde(const std::string& path) {
+    if (path.empty() || path[0] != '~') return path;
+    const size_t slash = path.find('/');
+    const std::string user = path.substr(1, slash == std::string::npos ? std::string::npos : slash - 1);
+    std::string home;
+    if (user.empty()) {
+        const char* variable = std::getenv("HOME");
+        if (variable && *variable) home = variable;
+        else if (const passwd* entry = ::getpwuid(::getuid())) home = entry->pw_dir;
+    } else if (const passwd* entry = ::getpwnam(user.c_str())) {
+        home = entry->pw_dir;
+    }
+    if (home.empty()) return path;  // no such user: the name is taken as it stands
+    return slash == std::string::npos ? home : home + path.substr(slash);
 }
 
 bool saveTab(Editor& editor, Tab& tab, const std::string& givenPath) {
@@ -205,23 +300,29 @@ std::string recoveryDirectory() {
 
 int writeRecoveryFiles(Editor& editor) {
     std::string folder = recoveryDirectory();
+    // One name per buffer for the life of the process: writing again replaces what was written
+    // before, so a buffer never leaves two recovery files.
+    static const auto started = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                    std::chrono::system_clock::now().time_since_epoch()).count();
     int written = 0;
-    auto stamp = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
     for (size_t i = 0; i < editor.tabCount(); ++i) {
         Tab& tab = editor.tab(i);
         if (!tab.isModified()) continue;
         if (!written && !makeDirectories(folder)) return 0;
-        std::string base = folder + "/" + std::to_string(stamp) + "-" + std::to_string(::getpid()) + "-" + std::to_string(i);
+        char buffer[32];
+        std::snprintf(buffer, sizeof buffer, "%llx",
+                      static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&tab.document())));
+        std::string base = folder + "/" + std::to_string(started) + "-" + std::to_string(::getpid()) + "-" + buffer;
         std::string info = "(recovered (path " + selfmlString(tab.path()) + ") (name " + selfmlString(tab.displayName()) + "))\n";
         // The text first: an entry is only offered once its description exists.
-        if (writeFileAtomically(base + ".text", utf8FromUtf16(tab.text().text())).ok &&
-            writeFileAtomically(base + ".selfml", info).ok)
+        if (writeFileAtomically(base + ".text", utf8FromUtf16(tab.text().text()), mode_t{0600}).ok &&
+            writeFileAtomically(base + ".selfml", info, mode_t{0600}).ok)
             ++written;
     }
     return written;
 }
 
-void offerRecoveredFiles(Editor& editor) {
+void offerRecoveredFiles(Editor& editor, std::function<void(Editor&)> then) {
     struct Entry {
         std::string base, path, name;
     };
@@ -235,7 +336,10 @@ void offerRecoveredFiles(Editor& editor) {
         std::string base = (file.path().parent_path() / file.path().stem()).string();
         entries.push_back({base, recovered->valueForKey("path").value_or(""), recovered->valueForKey("name").value_or("untitled")});
     }
-    if (entries.empty()) return;
+    if (entries.empty()) {
+        if (then) then(editor);
+        return;
+    }
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.base < b.base; });
     std::string names;
     for (const auto& entry : entries) names += (names.empty() ? "" : ", ") + (entry.path.empty() ? entry.name : entry.path);
@@ -248,8 +352,7 @@ void offerRecoveredFiles(Editor& editor) {
     };
     editor.showModal(std::make_unique<Alert>(
         "Unsaved changes were kept", "When Vellumex last stopped, it kept unsaved changes to " + names + ". Open them now?",
-        std::vector<std::string>{"Open", "Discard", "Later"}, 2, [entries, remove](Editor& e, int button) {
-            if (button == 2) return;
+        std::vector<std::string>{"Open", "Discard", "Later"}, 2, [entries, remove, then](Editor& e, int button) {
             if (button == 0) {
                 for (const auto& entry : entries) {
                     auto text = readWholeFile(entry.base + ".text");
@@ -261,7 +364,9 @@ void offerRecoveredFiles(Editor& editor) {
                     tab->replaceRange({0, tab->text().length()}, utf16FromUtf8(*text), Selection::caretAt(0));
                 }
             }
-            remove();
+            if (button == 0 || button == 1) remove();
+            // What the user asked to open comes after the answer, whatever it is.
+            if (then) then(e);
         }));
 }
 

@@ -3,6 +3,7 @@
 // terminal hangs up or the process is told to end.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,11 +19,14 @@ class Tab;
 std::unique_ptr<VXSingleFileDocument> newDocument();
 
 // Opens each file in a tab and each folder as a file list; with no paths, the bundled samples.
+// "file:LINE[:COLUMN]" and "+LINE file" open the file at that place (see file_location.hpp).
 void openStartupPaths(Editor& editor, const std::vector<std::string>& paths);
 // Opens a file in a new tab (or shows the tab that has it already); a path that does not exist
 // yet opens an empty tab that saving creates. False, with the reason on the message line, when
 // the file cannot be read.
 bool openFile(Editor& editor, const std::string& path);
+// Puts the caret at a 1-based line and column (in characters), clamped to the text.
+void goToLocation(Tab& tab, uint64_t line, uint64_t column);
 // Lists the files under a folder to choose one to open.
 void showFileList(Editor& editor, const std::string& folder);
 
@@ -30,12 +34,16 @@ void showFileList(Editor& editor, const std::string& folder);
 // when the file cannot be written; the file on disk and the text are then as they were.
 bool saveTab(Editor& editor, Tab& tab, const std::string& path = {});
 
+// "~" and "~/x" name the home folder, "~user/x" another user's; other paths stand as they are.
+std::string expandTilde(const std::string& path);
+
 // The folder recovery files go to: Recovery in the user data folder.
 std::string recoveryDirectory();
 // Writes every tab with unsaved changes to the recovery folder; answers how many were written.
 int writeRecoveryFiles(Editor& editor);
-// When recovery files are waiting, asks whether to open them.
-void offerRecoveredFiles(Editor& editor);
+// When recovery files are waiting, asks whether to open them; `then` runs once the question is
+// answered (at once when there is none).
+void offerRecoveredFiles(Editor& editor, std::function<void(Editor&)> then = {});
 
 // Registers save, save-as, open, new-file, close-tab and quit.
 void registerFileCommands(Editor& editor);

@@ -12,7 +12,9 @@
 #include "app/tui/renderer.hpp"
 #include "app/tui/terminal.hpp"
 #include "document/refresh_monitor.hpp"
+#include "document/single_file_document.hpp"
 #include "platform/file_cache.hpp"
+#include "platform/file_stamp.hpp"
 #include "platform/paths.hpp"
 #include "platform/run_loop.hpp"
 
@@ -73,7 +75,8 @@ private:
         }
     }
 
-    // Asks the monitor to look at the files only when one of them got a new modification time:
+    // Asks the monitor to look at the files only when one of them changed on disk (any change of
+    // modification time, size, inode or device):
     // a file whose change the user chose to ignore is not asked about again until it changes again,
     // and no question is stacked on one being shown.
     void checkDisk() {
@@ -82,7 +85,7 @@ private:
         for (size_t i = 0; i < m_editor.tabCount(); ++i) {
             std::string path = m_editor.tab(i).path();
             if (path.empty()) continue;
-            double stamp = VXRefreshMonitor::timestampForURL(path);
+            std::optional<FileStamp> stamp = fileStampForPath(path);
             // A file seen for the first time is checked too: it may have changed since it was read.
             auto [seen, added] = m_diskStamps.try_emplace(path, stamp);
             if (added || seen->second != stamp) changed = true;
@@ -120,8 +123,10 @@ private:
 
     // The terminal is gone or the process is told to end: keep every unsaved text, then leave.
     void hangUp() {
-        int kept = writeRecoveryFiles(m_editor);
-        (void)kept;
+        // A hang-up often arrives twice (the signal, then the end of input): the texts are kept once.
+        if (m_hungUp) return;
+        m_hungUp = true;
+        writeRecoveryFiles(m_editor);
         m_terminal.restore();
         m_status = 1;
         m_done = true;
@@ -152,8 +157,9 @@ private:
     tui::Screen m_screen;
     RunLoop::TimerId m_escapeTimer = 0;
     RunLoop::TimerId m_backgroundStep = 0;
-    std::map<std::string, double> m_diskStamps;
+    std::map<std::string, std::optional<FileStamp>> m_diskStamps;
     bool m_done = false;
+    bool m_hungUp = false;
     int m_status = 0;
 };
 
@@ -167,24 +173,29 @@ void loadUserKeyBindings(Editor& editor) {
     auto text = readWholeFile(userKeyBindingsPath());
     if (!text) return;
     std::vector<std::string> problems;
-    editor.keyBindings().apply(*text, problems);
-    for (const auto& problem : problems) {
-        // Only the first problem fits on the message line; it names the file to fix.
-        editor.showError(userKeyBindingsPath() + ": " + problem);
-        break;
-    }
+    editor.keyBindings().apply(*text, problems, [&editor](std::string_view command) {
+        return editor.hasCommand(std::string(command));
+    });
+    if (problems.empty()) return;
+    // Every problem, on the message line, after the name of the file to fix.
+    std::string message = abbreviatingWithTildeInPath(userKeyBindingsPath()) + ": ";
+    for (size_t i = 0; i < problems.size(); ++i) message += (i ? "; " : "") + problems[i];
+    editor.showError(message);
 }
 
 int runTerminalEditor(const std::vector<std::string>& paths) {
     Editor editor;
     editor.applyTheme(loadUserTheme());
-    loadUserKeyBindings(editor);
     tui::Terminal terminal;
-    openStartupPaths(editor, paths);
     terminal.enterRawMode();
     tui::Point size = terminal.size();
     editor.setSize(size.x, size.y);
-    offerRecoveredFiles(editor);
+    // A question about kept texts comes first; what the command line names opens once it is
+    // answered, so that a folder's file list is not hidden behind it.
+    offerRecoveredFiles(editor, [paths](Editor& e) {
+        openStartupPaths(e, paths);
+        loadUserKeyBindings(e);  // last, so that its problems stay on the message line
+    });
     FrontEnd frontEnd(editor, terminal);
     int status = frontEnd.run();
     terminal.restore();

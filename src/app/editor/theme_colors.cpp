@@ -27,11 +27,15 @@ tui::Color terminalColor(const VXColor& color, tui::Color beneath) {
     return mix(beneath, solid, color.alpha);
 }
 
+ThemeStyler::ThemeStyler(std::shared_ptr<VXTheme> theme) : m_theme(std::move(theme)) {
+    if (m_theme->defaultZone) m_textBackground = m_theme->attributesForZone(m_theme->defaultZone).background;
+}
+
 tui::Style ThemeStyler::styleFor(const VXContext& context, const tui::Style& base) const {
     VXAttrDict attributes = m_theme->attributesForZone(m_theme->zoneForContext(context));
     tui::Style style = base;
     style.foreground = terminalColor(attributes.foreground, base.foreground);
-    style.background = terminalColor(attributes.background, base.background);
+    if (!(attributes.background == m_textBackground)) style.background = terminalColor(attributes.background, base.background);
     if (attributes.bold) style.attributes |= tui::kBold;
     if (attributes.italic) style.attributes |= tui::kItalic;
     if (attributes.underline) style.attributes |= tui::kUnderline;

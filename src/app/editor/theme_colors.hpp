@@ -19,11 +19,14 @@ tui::Color terminalColor(const VXColor& color, tui::Color beneath);
 
 class ThemeStyler final : public ScopeStyler {
 public:
-    explicit ThemeStyler(std::shared_ptr<VXTheme> theme) : m_theme(std::move(theme)) {}
+    explicit ThemeStyler(std::shared_ptr<VXTheme> theme);
     tui::Style styleFor(const VXContext& context, const tui::Style& base) const override;
 
 private:
     std::shared_ptr<VXTheme> m_theme;
+    // The text's own background: a zone that merely repeats it keeps the background beneath
+    // (the current line's, a selection's), so that highlighted lines show no stripes.
+    VXColor m_textBackground = VXColor::clearColor();
 };
 
 // The editor colours of a theme, derived where it has none (bars and gutter from its text colours).

@@ -1,6 +1,7 @@
 #include "app/tui/key_bindings.hpp"
 
 #include <algorithm>
+#include <cctype>
 
 #include "selfml/sfonode.hpp"
 
@@ -20,6 +21,32 @@ std::vector<SFONodePtr> entriesOf(const SFONodePtr& root) {
     return entries;
 }
 
+// Finds the 1-based line of each entry in the text: entry i is the next "(" followed by its head
+// after where entry i-1 was found.
+class EntryLines {
+public:
+    explicit EntryLines(std::string_view text) : m_text(text) {}
+    size_t lineOf(std::string_view head) {
+        for (size_t at = m_text.find('(', m_position); at != std::string_view::npos; at = m_text.find('(', at + 1)) {
+            size_t start = at + 1;
+            while (start < m_text.size() && (m_text[start] == ' ' || m_text[start] == '\t')) ++start;
+            const size_t end = start + head.size();
+            if (m_text.substr(start, head.size()) != head) continue;
+            if (end < m_text.size() && !std::isspace(static_cast<unsigned char>(m_text[end])) && m_text[end] != ')') continue;
+            m_line += static_cast<size_t>(std::count(m_text.begin() + static_cast<std::ptrdiff_t>(m_position),
+                                                     m_text.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+            m_position = at;
+            return m_line;
+        }
+        return m_line;
+    }
+
+private:
+    std::string_view m_text;
+    size_t m_position = 0;
+    size_t m_line = 1;
+};
+
 }  // namespace
 
 KeyBindings KeyBindings::defaults() {
@@ -29,22 +56,30 @@ KeyBindings KeyBindings::defaults() {
     return bindings;
 }
 
-void KeyBindings::apply(std::string_view selfmlText, std::vector<std::string>& problems) {
+void KeyBindings::apply(std::string_view selfmlText, std::vector<std::string>& problems,
+                        const std::function<bool(std::string_view)>& isCommand) {
     auto root = SFONode::nodeFromString(selfmlText);
     if (!root) return;
+    EntryLines lines(selfmlText);
     for (const auto& entry : entriesOf(root)) {
         std::string command = entry->head();
         if (command.empty()) continue;
+        const std::string where = "line " + std::to_string(lines.lineOf(command)) + ": ";
+        if (isCommand && !isCommand(command)) {
+            problems.push_back(where + "there is no command '" + command + "'");
+            continue;
+        }
+        std::vector<KeyEvent> keys;
+        const auto names = entry->extractStrings();
+        for (const auto& name : names) {
+            if (auto key = parseKeyName(name)) keys.push_back(*key);
+            else problems.push_back(where + "'" + name + "' is not a key (in " + command + ")");
+        }
+        // Keys given but none usable: the command keeps the keys it had rather than losing them all.
+        if (!names.empty() && keys.empty()) continue;
         std::erase_if(m_commands, [&](const auto& pair) { return pair.second == command; });
         if (std::find(m_order.begin(), m_order.end(), command) == m_order.end()) m_order.push_back(command);
-        for (const auto& name : entry->extractStrings()) {
-            auto key = parseKeyName(name);
-            if (!key) {
-                problems.push_back("'" + name + "' is not a key (in " + command + ")");
-                continue;
-            }
-            m_commands[*key] = command;
-        }
+        for (const auto& key : keys) m_commands[key] = command;
     }
 }
 

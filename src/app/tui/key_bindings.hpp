@@ -10,6 +10,7 @@
 // from whatever command had it before.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,9 +27,12 @@ public:
     static KeyBindings defaults();
     static std::string_view defaultBindingsText();
 
-    // Applies bindings text over these. Entries that cannot be used (a key name that is not a
-    // key) are skipped and described in `problems`.
-    void apply(std::string_view selfmlText, std::vector<std::string>& problems);
+    // Applies bindings text over these. What cannot be used is skipped and described in
+    // `problems` with its line ("line 3: 'ctrl+banana' is not a key (in quit)"): a key name that
+    // is not a key, and, when `isCommand` is given, an entry naming no command. An entry whose
+    // keys are all unusable leaves the command's keys as they were.
+    void apply(std::string_view selfmlText, std::vector<std::string>& problems,
+               const std::function<bool(std::string_view)>& isCommand = {});
 
     std::optional<std::string> commandForKey(const KeyEvent& key) const;
     // The keys of a command, in a stable order (for help texts).
