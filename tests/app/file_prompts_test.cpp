@@ -2,6 +2,7 @@
 // that was valid in no encoding, a failed save, paths with "~", new files' languages, the command
 // line's line numbers, recovery, line endings and tab settings.
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -213,6 +214,26 @@ TEST_F(FilePrompts, AHeavyFileIsNotHighlighted) {
     // A short file of the same language is.
     openFile(session.editor(), m_files.write("small.js", "var a = 1;\n"));
     EXPECT_NE(session.editor().activeTab()->highlighter(), nullptr);
+}
+
+TEST_F(FilePrompts, SavingOverAVersionNotSeenAsksFirst) {
+    const std::string path = m_files.write("shared.txt", "mine\n");
+    Session session(100, 14);
+    ASSERT_TRUE(openFile(session.editor(), path));
+    session.send("edit ");
+    // Another program replaces the file with an older copy; no check has run yet.
+    const std::string copy = m_files.write(".shared.copy", "theirs\n");
+    timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ::utimensat(AT_FDCWD, copy.c_str(), times, 0);
+    ASSERT_EQ(::rename(copy.c_str(), path.c_str()), 0);
+    session.send("<ctrl+s>");
+    ASSERT_TRUE(session.editor().hasModal());
+    EXPECT_NE(screenText(session, 14).find("changed by another application"), std::string::npos);
+    session.send("c");
+    EXPECT_EQ(readWholeFile(path), "theirs\n");
+    session.send("<ctrl+s>s");  // Save Anyway
+    EXPECT_EQ(readWholeFile(path), "edit mine\n");
+    EXPECT_FALSE(session.editor().activeTab()->isModified());
 }
 
 }  // namespace
