@@ -10,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <map>
 
 #include "app/editor/editor.hpp"
 #include "app/editor/file_location.hpp"
@@ -309,9 +310,11 @@ int writeRecoveryFiles(Editor& editor) {
         Tab& tab = editor.tab(i);
         if (!tab.isModified()) continue;
         if (!written && !makeDirectories(folder)) return 0;
+        // Numbered in the order the buffers were first kept, which is the order they are offered in.
+        static std::map<const VXSingleFileDocument*, size_t> numbers;
+        const size_t number = numbers.try_emplace(&tab.document(), numbers.size()).first->second;
         char buffer[32];
-        std::snprintf(buffer, sizeof buffer, "%llx",
-                      static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&tab.document())));
+        std::snprintf(buffer, sizeof buffer, "%06zu", number);
         std::string base = folder + "/" + std::to_string(started) + "-" + std::to_string(::getpid()) + "-" + buffer;
         std::string info = "(recovered (path " + selfmlString(tab.path()) + ") (name " + selfmlString(tab.displayName()) + "))\n";
         // The text first: an entry is only offered once its description exists.
