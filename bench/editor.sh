@@ -60,9 +60,9 @@ median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 # name | command | keys to reach the end of the text ready to type | keys after typing to quit |
 # keys to reach the end of the long line ready to type
 editors=(
-    "vx|$VX|C-End||C-End"
+    "vx|$VX|C-End||C-Home End"
     "nvim|nvim --clean -n|G o||G A"
-    "micro|micro -config-dir $work/micro|C-End||C-End"
+    "micro|micro -config-dir $work/micro|C-End||C-Home End"
     "kak|kak -n|g e o||g e a"
 )
 
