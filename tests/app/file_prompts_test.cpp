@@ -178,12 +178,12 @@ TEST_F(FilePrompts, TabSettingsForTheFileOrForTheLanguage) {
     const std::string other = m_files.write("b.c", "int y;\n");
     Session session(100, 14);
     openFile(session.editor(), c);
-    session.send("<alt+t>tab size 2<enter>for this<enter>");
+    session.send("<f8>tab size 2<enter>for this<enter>");
     EXPECT_EQ(session.editor().activeTab()->tabSize(), 2);
-    session.send("<alt+t>spaces<enter>for this<enter>");
+    session.send("<f8>spaces<enter>for this<enter>");
     EXPECT_TRUE(session.editor().activeTab()->softTabs());
-    session.send("<alt+t>other<enter>for every<enter>");  // nothing happens until a size is given
-    session.send("<alt+t>other<enter>40<enter>for every<enter>");
+    session.send("<f8>other<enter>for every<enter>");  // nothing happens until a size is given
+    session.send("<f8>other<enter>40<enter>for every<enter>");
     EXPECT_EQ(session.editor().activeTab()->tabSize(), 18);  // clamped as the document clamps
     // Another C file now opens with the language's setting.
     openFile(session.editor(), other);

@@ -21,7 +21,7 @@ std::string_view KeyBindings::defaultBindingsText() {
     (tab-6 alt+6) (tab-7 alt+7) (tab-8 alt+8) (tab-9 alt+9)
     (encoding-menu alt+e f6)
     (line-ending-menu alt+l f7)
-    (tab-settings alt+t f8)
+    (tab-settings f8)
     (check-disk f5)
     (help f1)
 
