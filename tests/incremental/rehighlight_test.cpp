@@ -165,10 +165,11 @@ TEST(Rehighlight, ALongWalkGoesOnInTheBackgroundWithTheSameEarlyStop) {
     doc.highlighter->waitUntilSettled();
     doc.highlighter->takeParsedLines();
     doc.replace(0, 0, u"/*");
+    // (How much the edit itself parses is not checked here: the background may already have
+    // walked on before the list is read; incremental_bench times the edit alone.)
     const std::vector<uint64_t> withTheEdit = doc.highlighter->takeParsedLines();
     ASSERT_FALSE(withTheEdit.empty());
     EXPECT_GE(withTheEdit.back(), 39u) << "the shown lines are coloured before the edit returns";
-    EXPECT_LT(withTheEdit.back(), 500u) << "the rest is left to the background";
     // A reader that waits gets the line as the finished walk leaves it, inside the comment.
     const auto late = doc.highlighter->zonesForLine(2000, Wait::Yes);
     ASSERT_TRUE(late && late->settled);
