@@ -1,4 +1,5 @@
 // `vx edit` as scripts use it: the JSON it prints, the file it writes, and its refusals.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <cstdio>

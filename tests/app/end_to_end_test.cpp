@@ -1,5 +1,6 @@
 // The real program in a real terminal: vx runs inside tmux, keys go in with send-keys, and the
 // pane is read back with capture-pane.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 #include <signal.h>
 

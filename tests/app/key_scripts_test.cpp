@@ -10,6 +10,7 @@
 // Each case is a test of its own, named after its folder (move/word-right is
 // Keys/KeyScript.GivesItsExpectedTextSelectionAndScreen/move_word_right); it runs with LF line
 // breaks and again with CRLF.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <algorithm>

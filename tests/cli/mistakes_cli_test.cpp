@@ -1,5 +1,6 @@
 // Mistakes on the command line end in one line on standard error and a non-zero status, never in
 // an answer that looks like a result.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include "support/run_command.hpp"

@@ -1,4 +1,5 @@
 // vx selfml dump / fmt: the output formats scripts rely on, and the one-line errors.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>

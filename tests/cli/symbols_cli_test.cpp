@@ -1,3 +1,4 @@
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <filesystem>

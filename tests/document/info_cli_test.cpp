@@ -1,4 +1,5 @@
 // vx info: the encoding, line endings and language a file opens with, as scripts read them.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>

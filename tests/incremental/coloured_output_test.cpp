@@ -1,5 +1,6 @@
 // vx highlight --format ansi|html: the text comes through unchanged and each run carries the
 // theme's colour for its scopes.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <regex>

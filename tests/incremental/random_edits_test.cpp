@@ -1,5 +1,6 @@
 // Seeded random edits of every bundled language sample, re-highlighted incrementally after each
 // one, must leave exactly what a parse of the whole text from the top gives.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -1,5 +1,6 @@
 // vx highlight streams: the lines of a pipe that stays open come out before it closes, and the
 // output is the same as for the whole text at once.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+#include "support/build_paths.hpp"
 #include "incremental/support.hpp"
 
 #include <cstdlib>

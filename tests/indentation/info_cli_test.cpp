@@ -1,4 +1,5 @@
 // vx info: the indentation the document chose and the detection behind it, as scripts read them.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>

@@ -1,5 +1,6 @@
 // The indexer process end to end: a small project in several languages indexed through the
 // editor's controller, changed, partly deleted and edited without saving.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <utime.h>

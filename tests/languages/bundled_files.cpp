@@ -1,3 +1,4 @@
+#include "support/build_paths.hpp"
 #include "languages/bundled_files.hpp"
 
 #include <algorithm>

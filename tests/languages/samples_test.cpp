@@ -1,6 +1,7 @@
 // Every bundled language has a realistic sample under tests/data/syntax/<language>/ with its
 // expected highlighting beside it (<sample>.scopes); the golden runner of the syntax tests
 // compares them, but skips a sample that has no .scopes file, so a missing one is caught here.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -1,4 +1,5 @@
 // Go to symbol, go to definition and go to symbol in project, driven as a user drives them.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <filesystem>

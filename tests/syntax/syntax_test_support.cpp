@@ -1,3 +1,4 @@
+#include "support/build_paths.hpp"
 #include "syntax_test_support.hpp"
 
 #include <deque>

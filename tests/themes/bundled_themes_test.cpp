@@ -1,5 +1,6 @@
 // The bundled themes: every colour they write reads, and every scope the bundled languages
 // produce is styled by a zone of its own rather than falling through to the default.
+#include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
 #include <fstream>
