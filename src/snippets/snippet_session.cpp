@@ -1,0 +1,218 @@
+#include "snippets/snippet_session.hpp"
+
+#include <algorithm>
+
+#include "editing/navigation.hpp"
+#include "snippets/snippet_expansion.hpp"
+
+namespace vx {
+namespace {
+
+std::u16string indentationOf(std::u16string_view line) {
+    size_t end = 0;
+    while (end < line.size() && (line[end] == u' ' || line[end] == u'\t')) ++end;
+    return std::u16string(line.substr(0, end));
+}
+
+// The word around a range: the word characters that end at its start and begin at its end.
+std::optional<std::u16string> wordAround(const TextBuffer& text, Range range) {
+    uint64_t start = range.location, end = range.end();
+    while (start > 0 && isWordCharacter(text.characterAt(start - 1))) --start;
+    while (end < text.length() && isWordCharacter(text.characterAt(end))) ++end;
+    if (start == range.location && end == range.end()) return std::nullopt;
+    return text.substring({start, range.location - start}) + text.substring({range.end(), end - range.end()});
+}
+
+// A position carried through the replacement of `old` by `newLength` units; one inside the
+// replaced text stays at most at the new text's end.
+uint64_t carried(uint64_t position, Range old, uint64_t newLength) {
+    if (position >= old.end()) return position - old.length + newLength;
+    if (position <= old.location) return position;
+    return old.location + std::min(position - old.location, newLength);
+}
+
+const SnippetField* tabStopOf(const std::vector<SnippetField>& fields, int64_t number) {
+    for (const SnippetField& field : fields)
+        if (field.alive && field.kind == SnippetField::Kind::TabStop && field.number == number) return &field;
+    return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, const CompiledSnippet& snippet,
+                                                           const SnippetEnvironment& base, std::vector<Range> ranges,
+                                                           size_t primary) {
+    const bool atSelections = ranges.empty();
+    if (atSelections) {
+        for (const Selection& selection : view.selections(&primary)) ranges.push_back(selection.range());
+    }
+    if (ranges.empty()) return nullptr;
+    primary = std::min(primary, ranges.size() - 1);
+    std::unique_ptr<VXSnippetSession> session(new VXSnippetSession(view, base));
+    const TextBuffer& text = view.text();
+
+    // The primary copy first: a shell command runs once, with the primary selection's variables.
+    std::vector<SnippetExpansion> expansions(ranges.size());
+    ShellResults shellResults;
+    std::vector<size_t> order{primary};
+    for (size_t i = 0; i < ranges.size(); ++i)
+        if (i != primary) order.push_back(i);
+    for (size_t i : order) {
+        const Range range = ranges[i];
+        const uint64_t line = text.lineForOffset(range.location);
+        const std::u16string lineText = text.lineText(line);
+        SnippetEnvironment environment = base;
+        if (atSelections && range.length > 0) environment.selectedText = text.substring(range);
+        environment.currentLine = lineText;
+        environment.currentWord = wordAround(text, range);
+        environment.lineNumber = line + 1;
+        SnippetLayout layout{view.lineBreak(), indentationOf(lineText), view.tabSize(), view.softTabs()};
+        expansions[i] = expandSnippet(snippet, environment, layout, &shellResults);
+    }
+
+    std::vector<Selection> targets;
+    targets.push_back(Selection::fromRange(ranges[primary]));
+    for (size_t i = 0; i < ranges.size(); ++i)
+        if (i != primary) targets.push_back(Selection::fromRange(ranges[i]));
+    view.setSelections(targets);
+    std::vector<std::u16string> texts;
+    for (const auto& expansion : expansions) texts.push_back(expansion.text);
+    view.insertTexts(texts);
+
+    // Each copy lands where its range was, moved by what the copies before it added.
+    int64_t delta = 0;
+    for (size_t i = 0; i < ranges.size(); ++i) {
+        const uint64_t start = static_cast<uint64_t>(static_cast<int64_t>(ranges[i].location) + delta);
+        for (SnippetField& field : expansions[i].fields) field.range.location += start;
+        delta += static_cast<int64_t>(expansions[i].text.size()) - static_cast<int64_t>(ranges[i].length);
+        session->m_copies.push_back(std::move(expansions[i].fields));
+    }
+    session->m_primaryCopy = primary;
+
+    std::vector<int64_t> numbers;
+    for (const auto& fields : session->m_copies)
+        for (const SnippetField& field : fields)
+            if (field.alive && field.kind == SnippetField::Kind::TabStop) numbers.push_back(field.number);
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    if (!numbers.empty() && numbers.front() == 0) std::rotate(numbers.begin(), numbers.begin() + 1, numbers.end());
+    session->m_order = std::move(numbers);
+    session->nextField();
+    return session;
+}
+
+std::optional<int64_t> VXSnippetSession::currentNumber() const {
+    if (!m_current) return std::nullopt;
+    return m_order[*m_current];
+}
+
+bool VXSnippetSession::selectNumber(size_t index) {
+    const int64_t number = m_order[index];
+    std::vector<Selection> selections;
+    std::optional<Selection> primary;
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        const SnippetField* stop = tabStopOf(m_copies[copy], number);
+        if (!stop) continue;
+        const Selection selection{stop->range.location, stop->range.end()};
+        if (copy == m_primaryCopy || !primary) {
+            if (primary) selections.push_back(*primary);
+            primary = selection;
+        } else {
+            selections.push_back(selection);
+        }
+    }
+    if (!primary) return false;
+    selections.insert(selections.begin(), *primary);
+    m_view.setSelections(selections);
+    m_current = index;
+    return true;
+}
+
+void VXSnippetSession::finishAtEnd() {
+    std::vector<Selection> carets;
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        const SnippetField& root = m_copies[copy].front();
+        if (!root.alive) continue;
+        Selection caret = Selection::caretAt(root.range.end());
+        if (copy == m_primaryCopy) carets.insert(carets.begin(), caret);
+        else carets.push_back(caret);
+    }
+    if (!carets.empty()) m_view.setSelections(carets);
+    m_finished = true;
+}
+
+bool VXSnippetSession::nextField() {
+    if (m_finished) return false;
+    for (size_t index = m_current ? *m_current + 1 : 0; index < m_order.size(); ++index) {
+        if (!selectNumber(index)) continue;
+        if (m_order[index] == 0) m_finished = true;  // the exit point ends the session
+        return true;
+    }
+    finishAtEnd();
+    return true;
+}
+
+bool VXSnippetSession::previousField() {
+    if (m_finished || !m_current) return false;
+    for (size_t index = *m_current; index-- > 0;)
+        if (m_order[index] != 0 && selectNumber(index)) return true;
+    return false;
+}
+
+void VXSnippetSession::textDidChange(Range newRange, int64_t changeInLength) {
+    if (m_finished) return;
+    const Range old{newRange.location, static_cast<uint64_t>(static_cast<int64_t>(newRange.length) - changeInLength)};
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        auto& fields = m_copies[copy];
+        const int edited = m_writing && m_writing->first == copy ? m_writing->second
+                                                                 : snippetFieldHolding(fields, old, currentNumber());
+        adjustSnippetFields(fields, old, newRange.length, edited);
+    }
+}
+
+bool VXSnippetSession::caretInside() const {
+    const Range caret = m_view.selection().range();
+    for (const auto& fields : m_copies) {
+        const SnippetField& root = fields.front();
+        if (root.alive && root.range.location <= caret.location && caret.end() <= root.range.end()) return true;
+    }
+    return false;
+}
+
+void VXSnippetSession::commandDidFinish() {
+    if (m_finished) return;
+    if (!caretInside()) {
+        m_finished = true;
+        return;
+    }
+    updateMirrors();
+}
+
+void VXSnippetSession::updateMirrors() {
+    size_t primary = 0;
+    std::vector<Selection> selections = m_view.selections(&primary);
+    bool changed = false;
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        for (size_t index = 1; index < m_copies[copy].size(); ++index) {
+            const SnippetField mirror = m_copies[copy][index];
+            if (!mirror.alive || mirror.kind != SnippetField::Kind::Mirror) continue;
+            const SnippetField* stop = tabStopOf(m_copies[copy], mirror.number);
+            if (!stop) continue;  // no field of its own: the mirror keeps its default
+            const std::u16string text = mirrorText(mirror, m_view.text().substring(stop->range), m_environment);
+            if (m_view.text().substring(mirror.range) == text) continue;
+            m_writing = {copy, static_cast<int>(index)};
+            m_view.replaceText(mirror.range, text);
+            m_writing.reset();
+            for (Selection& selection : selections) {
+                selection.anchor = carried(selection.anchor, mirror.range, text.size());
+                selection.caret = carried(selection.caret, mirror.range, text.size());
+            }
+            changed = true;
+        }
+    }
+    if (!changed) return;
+    std::rotate(selections.begin(), selections.begin() + static_cast<std::ptrdiff_t>(primary), selections.begin() + static_cast<std::ptrdiff_t>(primary) + 1);
+    m_view.setSelections(selections);
+}
+
+}  // namespace vx
