@@ -10,7 +10,7 @@ lemon re2c
 libgtest-dev libgmock-dev libbenchmark-dev
 libcli11-dev nlohmann-json3-dev libboost-dev libtbb-dev
 libonig-dev libicu-dev libuchardet-dev libplist-dev
-libsqlite3-dev zlib1g-dev libcurl4-openssl-dev
+libsqlite3-dev zlib1g-dev libcurl4-openssl-dev libsimdjson-dev
 tmux
 universal-ctags
 "

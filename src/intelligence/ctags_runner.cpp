@@ -11,7 +11,7 @@
 #include <deque>
 #include <fstream>
 #include <mutex>
-#include <nlohmann/json.hpp>
+#include <simdjson.h>
 #include <thread>
 
 #include "platform/log.hpp"
@@ -19,11 +19,6 @@
 
 namespace vx {
 namespace {
-
-std::string stringField(const nlohmann::json& object, const char* key) {
-    auto it = object.find(key);
-    return it != object.end() && it->is_string() ? it->get<std::string>() : std::string();
-}
 
 // A file of paths, one a line, for ctags' -L; removed when it goes.
 class ListFile {
@@ -159,19 +154,43 @@ bool runOne(const std::vector<std::string>& files, const CtagsRun& run, FileQueu
 
 std::optional<std::pair<std::string, CtagsTag>> VXParseCtagsLine(std::string_view line) {
     if (line.empty() || line.front() != '{') return std::nullopt;
-    const auto object = nlohmann::json::parse(line.begin(), line.end(), nullptr, false);
-    if (!object.is_object() || stringField(object, "_type") != "tag") return std::nullopt;
+    // ctags writes hundreds of thousands of these lines for a large tree; an on-demand parser
+    // reads the few fields wanted without building a tree of the object. It may read a little
+    // past the text, so the line is copied into a buffer with that much room.
+    thread_local simdjson::ondemand::parser parser;
+    thread_local std::string buffer;
+    buffer.assign(line);
+    buffer.reserve(line.size() + simdjson::SIMDJSON_PADDING);
+    simdjson::ondemand::document document;
+    simdjson::ondemand::object object;
+    if (parser.iterate(buffer.data(), buffer.size(), buffer.capacity()).get(document) || document.get_object().get(object))
+        return std::nullopt;
+
     CtagsTag tag;
-    tag.name = stringField(object, "name");
-    std::string path = stringField(object, "path");
-    if (tag.name.empty() || path.empty()) return std::nullopt;
-    tag.pattern = stringField(object, "pattern");
-    tag.language = stringField(object, "language");
-    tag.kind = stringField(object, "kind");
-    tag.scope = stringField(object, "scope");
-    tag.scopeKind = stringField(object, "scopeKind");
-    tag.signature = stringField(object, "signature");
-    if (auto it = object.find("line"); it != object.end() && it->is_number_integer()) tag.line = it->get<int64_t>();
+    std::string path;
+    bool isTag = false;
+    for (auto field : object) {
+        std::string_view key;
+        simdjson::ondemand::value value;
+        if (field.unescaped_key().get(key) || field.value().get(value)) return std::nullopt;
+        if (key == "line") {
+            int64_t number = 0;
+            if (!value.get_int64().get(number)) tag.line = number;
+            continue;
+        }
+        std::string_view text;
+        if (value.get_string().get(text)) continue;  // a field of another type: not one read here
+        if (key == "_type") isTag = text == "tag";
+        else if (key == "name") tag.name = text;
+        else if (key == "path") path = text;
+        else if (key == "pattern") tag.pattern = text;
+        else if (key == "language") tag.language = text;
+        else if (key == "kind") tag.kind = text;
+        else if (key == "scope") tag.scope = text;
+        else if (key == "scopeKind") tag.scopeKind = text;
+        else if (key == "signature") tag.signature = text;
+    }
+    if (!isTag || tag.name.empty() || path.empty()) return std::nullopt;
     return std::make_pair(std::move(path), std::move(tag));
 }
 

@@ -22,6 +22,13 @@ constexpr const char* kGeneratorType = "ctags";
 constexpr const char* kGeneratorName = "universal-ctags";
 // Files written per transaction during a scan.
 constexpr size_t kFilesPerTransaction = 400;
+// A first index of at least this many files is loaded with the name indexes built afterwards.
+constexpr size_t kBulkLoadFiles = 200;
+// The symbols' name indexes as the schema and its first migration define them.
+constexpr const char* kSymbolNameIndexes[] = {
+    "CREATE INDEX IF NOT EXISTS symbols_index ON symbols (name COLLATE NOCASE, type_code)",
+    "CREATE INDEX IF NOT EXISTS symbols_name_index ON symbols (name)",
+};
 
 // UTF-16 units in a UTF-8 text: every byte that starts a character counts one, four-byte
 // characters (outside the BMP) count two.
@@ -178,6 +185,10 @@ IndexSummary VXProjectIndexer::indexDirectory(const std::string& directory, cons
         // cache (2 MB) a first index of a large tree spends most of its time re-reading index
         // pages. The cache belongs to this connection only.
         db.execute("PRAGMA cache_size = -131072");
+        // Every insert may replace a row (one symbol per line per pass) and cascade, so SQLite
+        // keeps a statement journal for it; in a temporary file that was most of the indexer's
+        // system time (hundreds of thousands of small writes). In memory it costs nothing.
+        db.execute("PRAGMA temp_store = MEMORY");
         for (auto rows = db.query("SELECT resources.path, MAX(passes.timestamp) FROM resources LEFT JOIN passes ON "
                                   "passes.resource = resources.id WHERE resources.path IS NOT NULL GROUP BY resources.path");
              rows.next();)
@@ -201,6 +212,27 @@ IndexSummary VXProjectIndexer::indexDirectory(const std::string& directory, cons
             for (const auto& path : gone) writer.remove(path);
         });
     summary.removed = gone.size();
+
+    // A first index of a large tree loads every symbol at once. The two name indexes take those
+    // inserts in no useful order, so they are dropped for the load and built afterwards from the
+    // finished table, which is several times cheaper. Every scan makes sure they exist first, so
+    // a load that was interrupted cannot leave the index without them.
+    const bool bulkLoad = lastPass.empty() && changed.size() >= kBulkLoadFiles;
+    m_database.syncWithConnection([&](SqliteConnection& db) {
+        for (const char* statement : kSymbolNameIndexes) db.execute(statement);
+        if (bulkLoad)
+            for (const char* statement : {"DROP INDEX symbols_index", "DROP INDEX symbols_name_index"}) db.execute(statement);
+    });
+    struct Rebuild {
+        VXXMainDatabase& database;
+        bool active;
+        ~Rebuild() {
+            if (!active) return;
+            database.syncWithConnection([](SqliteConnection& db) {
+                for (const char* statement : kSymbolNameIndexes) db.execute(statement);
+            });
+        }
+    } rebuild{m_database, bulkLoad};
 
     // Results arrive per file; they are written in transactions of a few hundred files.
     std::unordered_set<std::string> withTags;
