@@ -55,6 +55,14 @@ TEST(CtagsOutput, LinesBecomeTagsAndOthersAreSkipped) {
     EXPECT_EQ(tag->second.scope, "ns::Foo");
     EXPECT_EQ(tag->second.scopeKind, "class");
     EXPECT_EQ(tag->second.signature, "(int x)");
+    // Fields in any order, escapes decoded, fields of other types and unknown fields passed over.
+    auto escaped = VXParseCtagsLine(
+        R"json({"line": 3, "extras": ["x"], "path": "/p/caf\u00e9.c", "_type": "tag", "pattern": "/^char *s = \"a\\\\b\";$/", "name": "s", "end": {"n": 1}})json");
+    ASSERT_TRUE(escaped);
+    EXPECT_EQ(escaped->first, "/p/caf\xc3\xa9.c");
+    EXPECT_EQ(escaped->second.pattern, "/^char *s = \"a\\\\b\";$/");
+    EXPECT_EQ(escaped->second.line, 3);
+    EXPECT_EQ(escaped->second.kind, "");
     for (const char* line : {R"({"_type": "program", "name": "Universal Ctags"})", R"({"_type": "tag", "name": "x"})",
                              "{\"_type\": \"tag\", \"na", "", "not json", R"(["tag"])"})
         EXPECT_FALSE(VXParseCtagsLine(line)) << line;
