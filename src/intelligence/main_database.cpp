@@ -1,5 +1,7 @@
 #include "intelligence/main_database.hpp"
 
+#include <algorithm>
+
 namespace vx {
 namespace {
 
@@ -78,6 +80,11 @@ void VXXMainDatabase::willLoad(SqliteConnection& db) {
     // with it only when foreign keys are enforced, which SQLite does per connection.
     db.execute("PRAGMA journal_mode = WAL");
     db.execute("PRAGMA foreign_keys = ON");
+    // Temporary data stays in memory. The indexer's inserts may each replace a row (one symbol per
+    // line per pass) and cascade, so SQLite keeps a statement journal for every one; in a file
+    // that was most of the indexer's time (hundreds of thousands of small writes). The symbol
+    // list's grouping of a large file spilled its sorter to a file the same way.
+    db.execute("PRAGMA temp_store = MEMORY");
 }
 
 std::vector<VXSymbol> VXXMainDatabase::select(const char* sql, const SqlArguments& arguments) {
@@ -88,7 +95,22 @@ std::vector<VXSymbol> VXXMainDatabase::select(const char* sql, const SqlArgument
     return symbols;
 }
 
-std::vector<VXSymbol> VXXMainDatabase::symbolsOfFile(const std::string& path) { return select(kSymbolsOfFile, {path}); }
+std::vector<VXSymbol> VXXMainDatabase::symbolsOfFile(const std::string& path) {
+    // The stated text groups by line, for which SQLite sorts every row of the file: most of the
+    // time of a large file's list. The rows come from the (pass, line) index in line order for
+    // each pass, so the grouping is done here: ordered by line, one row per line. Where the file
+    // and text without a file both have a symbol on one line, the file's own is kept.
+    // A file indexed once, with no text without a file, arrives in order already.
+    auto symbols = select(kSymbolsOfFile, {path});
+    const auto byLine = [](const VXSymbol& a, const VXSymbol& b) {
+        return a.rangeLine != b.rangeLine ? a.rangeLine < b.rangeLine : !a.path.empty() && b.path.empty();
+    };
+    if (!std::is_sorted(symbols.begin(), symbols.end(), byLine)) std::stable_sort(symbols.begin(), symbols.end(), byLine);
+    symbols.erase(std::unique(symbols.begin(), symbols.end(),
+                              [](const VXSymbol& a, const VXSymbol& b) { return a.rangeLine == b.rangeLine; }),
+                  symbols.end());
+    return symbols;
+}
 
 std::vector<VXSymbol> VXXMainDatabase::symbolsNamed(const std::string& name) {
     return select(symbol_query_text::kExactName, {name});

@@ -185,10 +185,6 @@ IndexSummary VXProjectIndexer::indexDirectory(const std::string& directory, cons
         // cache (2 MB) a first index of a large tree spends most of its time re-reading index
         // pages. The cache belongs to this connection only.
         db.execute("PRAGMA cache_size = -131072");
-        // Every insert may replace a row (one symbol per line per pass) and cascade, so SQLite
-        // keeps a statement journal for it; in a temporary file that was most of the indexer's
-        // system time (hundreds of thousands of small writes). In memory it costs nothing.
-        db.execute("PRAGMA temp_store = MEMORY");
         for (auto rows = db.query("SELECT resources.path, MAX(passes.timestamp) FROM resources LEFT JOIN passes ON "
                                   "passes.resource = resources.id WHERE resources.path IS NOT NULL GROUP BY resources.path");
              rows.next();)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "intelligence/main_database.hpp"
 
@@ -77,6 +78,26 @@ TEST(SymbolQueries, FileListHidesLocalsAndIncludesTextWithoutAFile) {
     // LIKE ignores ASCII case and reads "_" as any one character, as the stated text does.
     EXPECT_EQ(names(db.symbolsWithPrefix("MY_")), (std::vector<std::string>{"/p/a.c:myXvar", "/p/a.c:my_var"}));
     EXPECT_EQ(db.symbolsWithPrefix("many").size(), 50u);
+}
+
+TEST(SymbolQueries, AFileListHasOneSymbolPerLineInLineOrder) {
+    VXXMainDatabase db(":memory:");
+    db.syncTransaction([](SqliteConnection& c) {
+        c.execute("INSERT INTO resources (name, path, language, is_ignored) VALUES ('x', NULL, 'C', 0)");
+        c.execute("INSERT INTO passes (resource, timestamp) VALUES (?, 0)", {c.lastInsertRowId()});
+        const int64_t unnamed = c.lastInsertRowId();
+        c.execute("INSERT INTO resources (name, path, language, is_ignored) VALUES ('x', '/p/a.c', 'C', 0)");
+        c.execute("INSERT INTO passes (resource, timestamp) VALUES (?, 0)", {c.lastInsertRowId()});
+        const int64_t file = c.lastInsertRowId();
+        for (const auto& [pass, name, line] : {std::tuple{file, "late", 30}, {file, "early", 2}, {unnamed, "draft", 30},
+                                               {unnamed, "between", 9}, {file, "first", 1}})
+            c.execute("INSERT INTO symbols (pass, name, type_code, range_line) VALUES (?, ?, 'function', ?)",
+                      {pass, std::string(name), int64_t{line}});
+    });
+    std::vector<std::string> listed;
+    for (const auto& s : db.symbolsOfFile("/p/a.c")) listed.push_back(std::to_string(s.rangeLine) + " " + s.name);
+    // Line 30 is claimed by the file and by text without a file: the file's symbol is listed.
+    EXPECT_EQ(listed, (std::vector<std::string>{"1 first", "2 early", "9 between", "30 late"}));
 }
 
 TEST(SymbolQueries, LookupsUseIndexes) {
