@@ -85,6 +85,8 @@ void VXTextView::setSelections(const std::vector<Selection>& selections) {
 
 // --- undo steps ---
 
+VXTextView::UndoStep::UndoStep() = default;
+
 void VXTextView::beginEdit(Run run) {
     if (m_step && (run == Run::None || run != m_run)) endTyping();
     if (!m_step) {

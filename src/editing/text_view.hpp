@@ -171,6 +171,9 @@ private:
     // the one before (one pass over ascending selections), gather in a batch that becomes one
     // transaction when something else comes; 10,000 carets then cost one composition, not 10,000.
     struct UndoStep {
+        // Declared here and defaulted in the source: the member initializers below are not read
+        // until this class is complete, and clang then takes the step for not constructible.
+        UndoStep();
         editing::Transaction forward, inverse;
         MulticursorState before;
         std::vector<editing::Replacement> batch;  // in the coordinates of the text the batch began on

@@ -29,14 +29,15 @@ void lookupIndexesMigration(SqliteConnection& db) {
     });
 }
 
-// `resources.path = ? OR resources.path IS NULL` is answered as two index lookups joined, and
+// `resources.path = ? OR resources.path IS NULL` is answered as two index lookups joined (the
+// file list's grouping by line is done after the query, see symbolsOfFile), and
 // the prefix is bound whole (`LIKE ?` with the "%" appended) so that SQLite's LIKE optimisation
 // can range over the case-blind name index; the rows are those of the original texts.
 constexpr const char* kSymbolsOfFile =
     "SELECT symbols.*, resources.path FROM resources JOIN passes ON passes.resource = resources.id "
     "JOIN symbols ON symbols.pass = passes.id "
     "WHERE resources.id IN (SELECT id FROM resources WHERE path = ?1 UNION ALL SELECT id FROM resources WHERE path IS NULL) "
-    "AND type_code != 'local' GROUP BY symbols.range_line";
+    "AND type_code != 'local'";
 constexpr const char* kNamePrefix =
     "SELECT symbols.*, resources.path FROM symbols JOIN passes ON symbols.pass = passes.id JOIN resources ON "
     "passes.resource = resources.id WHERE symbols.name LIKE ? GROUP BY symbols.range_line, resources.path LIMIT 50";
