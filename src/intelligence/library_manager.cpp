@@ -1,6 +1,7 @@
 #include "intelligence/library_manager.hpp"
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -16,7 +17,49 @@ namespace {
 
 constexpr const char* kServerDefaultsKey = "VXLibraryDataServer";
 
-void cleanupCurl(CURL* handle) { curl_easy_cleanup(handle); }
+// libcurl is opened when the first download starts rather than linked: it brings twenty
+// libraries with it (TLS, SSH, LDAP, ...), and loading them at every start of the editor tripled
+// the start-up time of `vx` for a feature most runs never use.
+class Curl {
+public:
+    static const Curl* get() {
+        static const Curl* loaded = [] {
+            static Curl curl;
+            return curl.load() ? &curl : nullptr;
+        }();
+        return loaded;
+    }
+
+    decltype(&curl_easy_init) easyInit = nullptr;
+    decltype(&curl_easy_setopt) easySetopt = nullptr;
+    decltype(&curl_easy_perform) easyPerform = nullptr;
+    decltype(&curl_easy_cleanup) easyCleanup = nullptr;
+    decltype(&curl_easy_strerror) easyStrerror = nullptr;
+
+private:
+    bool load() {
+        // Kept open for the life of the process, as a linked library would be.
+        void* library = ::dlopen("libcurl.so.4", RTLD_NOW | RTLD_LOCAL);
+        if (!library) {
+            VX_LOG_DEBUG("intelligence", "downloads are unavailable: %s", ::dlerror());
+            return false;
+        }
+        auto globalInit = symbol<decltype(&curl_global_init)>(library, "curl_global_init");
+        easyInit = symbol<decltype(easyInit)>(library, "curl_easy_init");
+        easySetopt = symbol<decltype(easySetopt)>(library, "curl_easy_setopt");
+        easyPerform = symbol<decltype(easyPerform)>(library, "curl_easy_perform");
+        easyCleanup = symbol<decltype(easyCleanup)>(library, "curl_easy_cleanup");
+        easyStrerror = symbol<decltype(easyStrerror)>(library, "curl_easy_strerror");
+        return globalInit && easyInit && easySetopt && easyPerform && easyCleanup && easyStrerror &&
+               globalInit(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    }
+    template <typename Function>
+    static Function symbol(void* library, const char* name) {
+        return reinterpret_cast<Function>(::dlsym(library, name));
+    }
+};
+
+void cleanupCurl(CURL* handle) { Curl::get()->easyCleanup(handle); }
 using UniqueCurl = UniqueHandle<CURL*, cleanupCurl>;
 
 size_t writeToDescriptor(char* data, size_t size, size_t count, void* target) {
@@ -39,29 +82,29 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 }  // namespace
 
 bool VXDownloadFile(const std::string& url, const std::string& path) {
-    static const bool initialized = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    if (!initialized) return false;
+    const Curl* library = Curl::get();
+    if (!library) return false;
     const std::string partial = path + ".download-" + std::to_string(::getpid());
     UniqueFd fd(::open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     if (!fd) return false;
-    UniqueCurl curl(curl_easy_init());
+    UniqueCurl curl(library->easyInit());
     if (!curl) return false;
     int descriptor = fd.get();
-    curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str());
-    curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, writeToDescriptor);
-    curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &descriptor);
-    curl_easy_setopt(curl.get(), CURLOPT_FAILONERROR, 1L);  // an error page is not a database
-    curl_easy_setopt(curl.get(), CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(curl.get(), CURLOPT_NOSIGNAL, 1L);     // safe on a background thread
-    curl_easy_setopt(curl.get(), CURLOPT_CONNECTTIMEOUT, 20L);
+    library->easySetopt(curl.get(), CURLOPT_URL, url.c_str());
+    library->easySetopt(curl.get(), CURLOPT_WRITEFUNCTION, writeToDescriptor);
+    library->easySetopt(curl.get(), CURLOPT_WRITEDATA, &descriptor);
+    library->easySetopt(curl.get(), CURLOPT_FAILONERROR, 1L);  // an error page is not a database
+    library->easySetopt(curl.get(), CURLOPT_FOLLOWLOCATION, 1L);
+    library->easySetopt(curl.get(), CURLOPT_NOSIGNAL, 1L);     // safe on a background thread
+    library->easySetopt(curl.get(), CURLOPT_CONNECTTIMEOUT, 20L);
     // A transfer that stalls (under 100 bytes a second for a minute) is given up.
-    curl_easy_setopt(curl.get(), CURLOPT_LOW_SPEED_LIMIT, 100L);
-    curl_easy_setopt(curl.get(), CURLOPT_LOW_SPEED_TIME, 60L);
-    const CURLcode code = curl_easy_perform(curl.get());
+    library->easySetopt(curl.get(), CURLOPT_LOW_SPEED_LIMIT, 100L);
+    library->easySetopt(curl.get(), CURLOPT_LOW_SPEED_TIME, 60L);
+    const CURLcode code = library->easyPerform(curl.get());
     fd.reset();
     std::error_code error;
     if (code != CURLE_OK) {
-        VX_LOG_DEBUG("intelligence", "download of %s failed: %s", url.c_str(), curl_easy_strerror(code));
+        VX_LOG_DEBUG("intelligence", "download of %s failed: %s", url.c_str(), library->easyStrerror(code));
         std::filesystem::remove(partial, error);
         return false;
     }
