@@ -1,11 +1,11 @@
 #include "intelligence/index_paths.hpp"
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <random>
 
 #include "platform/paths.hpp"
+#include "projects/project_root.hpp"
 
 namespace vx {
 
@@ -32,24 +32,10 @@ std::string VXTemporaryIndexPath() {
     }
 }
 
-std::string VXStandardizedPath(const std::string& path) {
-    std::error_code error;
-    std::string result = std::filesystem::absolute(path, error).lexically_normal().string();
-    if (error) result = path;
-    while (result.size() > 1 && result.back() == '/') result.pop_back();
-    return result;
-}
+// Both rules belong to the project layer, which names projects' indexes when it creates them.
+std::string VXStandardizedPath(const std::string& path) { return VXProjectStandardizedPath(path); }
 
-std::string VXDefaultIndexNameForDirectory(const std::string& directory) {
-    const std::string standardized = VXStandardizedPath(directory);
-    uint64_t hash = 1469598103934665603ull;  // FNV-1a: short, stable, and no library needed
-    for (unsigned char c : standardized) hash = (hash ^ c) * 1099511628211ull;
-    std::string name = std::filesystem::path(standardized).filename().string();
-    if (name.empty()) name = "root";
-    char suffix[24];
-    std::snprintf(suffix, sizeof suffix, "-%016llx", static_cast<unsigned long long>(hash));
-    return name + suffix;
-}
+std::string VXDefaultIndexNameForDirectory(const std::string& directory) { return VXProjectIndexNameForDirectory(directory); }
 
 std::string VXDefaultIndexPathForDirectory(const std::string& directory) {
     return VXProjectIndexPath(VXDefaultIndexNameForDirectory(directory));
