@@ -9,6 +9,7 @@
 #include "projects/project_database.hpp"
 #include "projects/project_root.hpp"
 #include "projects/quick_open.hpp"
+#include "projects/tree_watcher.hpp"
 
 namespace vx {
 namespace {
@@ -63,12 +64,16 @@ void VXProject::startScanning(QuickOpenIndex& index) {
     if (!shouldScanDirectories) return;
     m_scanningIndex = &index;
     index.rootChanged(directoryURL);
+    m_watcher = std::make_shared<TreeWatcher>(directoryURL, [&index, root = directoryURL] {
+        if (index.root() == root) index.rootChanged(root, true);
+    });
 }
 
 void VXProject::startScanning() { startScanning(ActionPanelFileModule::sharedIndex()); }
 
 void VXProject::stopScanning() {
     isActive = false;
+    m_watcher.reset();
     if (m_scanningIndex && m_scanningIndex->root() == directoryURL) m_scanningIndex->rootChanged("");
     m_scanningIndex = nullptr;
 }

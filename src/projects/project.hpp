@@ -16,6 +16,7 @@
 namespace vx {
 
 class QuickOpenIndex;
+class TreeWatcher;
 class VXXProjectDatabase;
 class VXProjectManager;
 
@@ -48,8 +49,9 @@ public:
     bool isParentOrEqualTo(const std::string& path) const;
     bool isParentOrChildOrEqualTo(const std::string& path) const;
 
-    // Points quick open at this project (when it scans its folders) and keeps the index following
-    // the tree; stopScanning lets it go.
+    // Points quick open at this project (when it scans its folders) and keeps the indexes following
+    // the tree: files and folders created, deleted or renamed show up after a short quiet period.
+    // stopScanning lets it go.
     void startScanning(QuickOpenIndex& index);
     void startScanning();
     void stopScanning();
@@ -65,6 +67,7 @@ public:
 private:
     VXProjectManager* m_manager = nullptr;
     QuickOpenIndex* m_scanningIndex = nullptr;
+    std::shared_ptr<TreeWatcher> m_watcher;
     friend class VXProjectManager;
 };
 
