@@ -12,39 +12,6 @@
 namespace vx {
 namespace {
 
-// A string that tells the session of every replacement, as a document's storage does.
-class ObservedBuffer final : public TextBuffer {
-public:
-    std::u16string value;
-    VXSnippetSession* session = nullptr;
-
-    uint64_t length() const override { return value.size(); }
-    std::u16string substring(Range r) const override { return value.substr(r.location, r.length); }
-    char16_t characterAt(uint64_t offset) const override { return value[offset]; }
-    uint64_t lineCount() const override { return starts().size(); }
-    uint64_t lineStart(uint64_t line) const override { return starts()[line]; }
-    uint64_t lineForOffset(uint64_t offset) const override {
-        auto s = starts();
-        uint64_t line = 0;
-        while (line + 1 < s.size() && s[line + 1] <= offset) ++line;
-        return line;
-    }
-    void replace(Range r, std::u16string_view text) override {
-        value.replace(r.location, r.length, text);
-        if (session) session->textDidChange({r.location, text.size()}, static_cast<int64_t>(text.size()) - static_cast<int64_t>(r.length));
-    }
-
-private:
-    std::vector<uint64_t> starts() const {
-        std::vector<uint64_t> out{0};
-        for (size_t i = 0; i < value.size(); ++i) {
-            if (value[i] == u'\r' && i + 1 < value.size() && value[i + 1] == u'\n') continue;
-            if (value[i] == u'\r' || value[i] == u'\n') out.push_back(i + 1);
-        }
-        return out;
-    }
-};
-
 class PlainHost final : public TextViewHost {
 public:
     std::u16string breakText = u"\n";
@@ -77,7 +44,7 @@ protected:
     }
     void expand(std::string_view snippet, SnippetEnvironment environment = {}) {
         session = VXSnippetSession::expand(view, test::compile(snippet), environment);
-        buffer.session = session.get();
+        buffer.onReplace = [this](Range r, int64_t d) { session->textDidChange(r, d); };
     }
     void type(std::u16string_view text) {
         view.typeText(text);
@@ -98,7 +65,7 @@ protected:
         return utf8FromUtf16(out);
     }
 
-    ObservedBuffer buffer;
+    test::StringText buffer;
     UndoManager undo;
     PlainHost host;
     CellColumns columns;
