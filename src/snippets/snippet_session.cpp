@@ -63,7 +63,12 @@ std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, con
         const std::u16string lineText = text.lineText(line);
         SnippetEnvironment environment = base;
         if (atSelections && range.length > 0) environment.selectedText = text.substring(range);
+        // The line as the snippet finds it: a trigger it replaces is not part of it.
         environment.currentLine = lineText;
+        if (!atSelections) {
+            const uint64_t column = range.location - text.lineStart(line);
+            environment.currentLine->erase(std::min<uint64_t>(column, lineText.size()), range.length);
+        }
         environment.currentWord = wordAround(text, range);
         environment.lineNumber = line + 1;
         SnippetLayout layout{view.lineBreak(), indentationOf(lineText), view.tabSize(), view.softTabs()};

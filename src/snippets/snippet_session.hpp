@@ -32,7 +32,8 @@ public:
     // Expands `snippet` in `view`: at each of `ranges` (ascending, one per copy; `primary` is the
     // index of the one that becomes the primary selection), or at every selection when `ranges`
     // is empty. `base` gives the file, clipboard, time and shell settings; the selection's own
-    // variables are filled in for each copy. The expansion is one undo step. Answers the session,
+    // variables are filled in for each copy (ranges given are triggers: they are not selected
+    // text, nor part of the current line). The expansion is one undo step. Answers the session,
     // which may already be over (a snippet without fields to visit).
     static std::unique_ptr<VXSnippetSession> expand(VXTextView& view, const CompiledSnippet& snippet,
                                                     const SnippetEnvironment& base, std::vector<Range> ranges = {},

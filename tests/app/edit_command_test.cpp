@@ -49,12 +49,30 @@ TEST(EditCommand, WritesTheFileAndRefusesWhatItDoesNotKnow) {
     EXPECT_EQ(written, "one\r\ntwo\r\ntwo\r\n");  // the duplicate takes the file's own line break
     std::filesystem::remove(path);
 
-    for (const char* refused : {"--do snippet:x", "--do 'replace:/a/b/'", "--do vi:dd", "--do command:no-such",
+    for (const char* refused : {"--do 'replace:/a/b/'", "--do vi:dd", "--do command:no-such",
                                 "--do move:sideways", "--select 9", "--select x", "--language nosuch"}) {
         VxRun run = vx(refused);
         EXPECT_NE(run.status, 0) << refused;
         EXPECT_EQ(run.out, "") << refused;
     }
+}
+
+TEST(EditCommand, SnippetsExpandAndWalkAsTheKeysDo) {
+    // Mirrors through their filters at every selection; tab and backtab walk the fields.
+    EXPECT_EQ(vx("--do 'insert:\\n' --do move:doc-start --do key:ctrl+alt+down "
+                 "--do 'snippet:<%{1:\"a\"} %{1/(\\w+)-(\\w+)/$2:$1/g} %{1/x/y/gi}>%{0}' --do 'type:ab-cd ef-Xx' --do tab")
+                  .out,
+              "{\"text\":\"<ab-cd ef-Xx cd:ab Xx:ef ab-cd ef-yy>\\n<ab-cd ef-Xx cd:ab Xx:ef ab-cd ef-yy>\","
+              "\"selections\":[[37,0],[75,0]],\"primary\":0}\n");
+    EXPECT_EQ(vx("--do 'snippet:%{1:\"a\"}(%{2:\"b\"})' --do tab --do backtab --do type:f").out,
+              "{\"text\":\"f(b)\",\"selections\":[[1,0]],\"primary\":0}\n");
+    // A trigger before the caret expands with tab, in the language's snippets only.
+    EXPECT_EQ(vx("--language python --do type:if --do tab --do type:ok").out,
+              "{\"text\":\"if ok:\\n\\tpass\",\"selections\":[[5,0]],\"primary\":0}\n");
+    EXPECT_EQ(vx("--language txt --do type:if --do tab").out, "{\"text\":\"if\\t\",\"selections\":[[3,0]],\"primary\":0}\n");
+    // A conditional replacement chooses by whether its group took part.
+    EXPECT_EQ(vx("--do 'snippet:%{1:\"x\"} %{1/^(https?:)?.*$/(?1:external:local)/i}' --do type:HTTPS://a --do tab").out,
+              "{\"text\":\"HTTPS://a external\",\"selections\":[[18,0]],\"primary\":0}\n");
 }
 
 TEST(EditCommand, TextEscapesAndSelectionLists) {

@@ -7,6 +7,8 @@
 //   size    (optional) the screen size, "WIDTHxHEIGHT" (default 60x12)
 //   tabs    (optional) the indentation, "<size> soft" or "<size> hard" (default "4 soft")
 //   language (optional) the language the text is in (default: none, plain text)
+//   snippets (optional) a snippets file (as in a truffle's Snippets folder) whose snippets join
+//            the bundled ones for this case
 // Each case is a test of its own, named after its folder (move/word-right is
 // Keys/KeyScript.GivesItsExpectedTextSelectionAndScreen/move_word_right); it runs with LF line
 // breaks and again with CRLF.
@@ -21,6 +23,8 @@
 
 #include "app/editor/edit_document.hpp"
 #include "app/editor/session.hpp"
+#include "platform/paths.hpp"
+#include "snippets/snippet_catalog.hpp"
 #include "syntax/language_catalog.hpp"
 #include "app/tui/utf8.hpp"
 
@@ -136,6 +140,12 @@ TEST_P(KeyScript, GivesItsExpectedTextSelectionAndScreen) {
     if (auto size = readFile(directory / "size")) std::sscanf(size->c_str(), "%dx%d", &width, &height);
     auto screen = readFile(directory / "screen");
     auto language = readFile(directory / "language");
+    VXSnippetCatalog snippets;
+    const bool ownSnippets = fs::exists(directory / "snippets");
+    if (ownSnippets) {
+        snippets.loadTruffleDirectories({bundledTrufflesDirectory()});
+        snippets.loadFile((directory / "snippets").string());
+    }
     int tabSize = 4;
     char kind[8] = "soft";
     if (auto tabs = readFile(directory / "tabs")) std::sscanf(tabs->c_str(), "%d %7s", &tabSize, kind);
@@ -143,6 +153,7 @@ TEST_P(KeyScript, GivesItsExpectedTextSelectionAndScreen) {
         SCOPED_TRACE(crlf ? "with CRLF line breaks" : "with LF line breaks");
         Marked start = parseMarkup(crlf ? withCrlf(*in) : *in);
         Session session(width, height);
+        if (ownSnippets) session.editor().setSnippetCatalog(&snippets);
         Tab* openedTab = nullptr;
         if (language) {
             const VXLanguage* named = VXLanguageCatalog::sharedCatalog().languageNamed(*language);

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <map>
 
+#include "app/editor/snippet_commands.hpp"
 #include "app/tui/key.hpp"
 #include "editing/line_transform_recipe.hpp"
 #include "platform/unicode.hpp"
@@ -22,7 +23,7 @@ uint64_t parseNumber(std::string_view text, std::string_view whole) {
 const std::map<std::string_view, std::string_view>& plainCommands() {
     static const std::map<std::string_view, std::string_view> commands = {
         {"backspace", "delete-backward"}, {"delete", "delete-forward"}, {"newline", "newline"},
-        {"tab", "indent"}, {"backtab", "unindent"}, {"undo", "undo"}, {"redo", "redo"}};
+        {"tab", "expand-snippet-or-indent"}, {"backtab", "previous-field-or-unindent"}, {"undo", "undo"}, {"redo", "redo"}};
     return commands;
 }
 
@@ -108,7 +109,11 @@ void runEditCommand(Editor& editor, std::string_view command) {
         if (!key) throw EditScriptError("not a key: " + std::string(argument));
         return editor.handleKey(*key);
     }
-    // snippet:, replace: and vi: arrive with live snippets, find and replace, and the vi mode.
+    if (verb == "snippet") {
+        insertSnippet(editor, unescapeEditText(argument));
+        return editor.revealCaret();
+    }
+    // replace: and vi: arrive with find and replace and the vi mode.
     throw EditScriptError("unknown command: " + std::string(command));
 }
 

@@ -2,7 +2,7 @@
 // terminal's keys use:
 //
 //     type:TEXT  insert:TEXT  backspace  delete  newline  tab  backtab  undo  redo
-//     move:DIR  select:DIR  transform:EVENT  command:NAME  key:KEY
+//     move:DIR  select:DIR  transform:EVENT  command:NAME  key:KEY  snippet:TEXT
 //
 // In TEXT, \n, \t and \\ stand for a line feed, a tab and a backslash.
 #pragma once

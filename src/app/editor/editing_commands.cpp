@@ -154,7 +154,10 @@ void registerEditingCommands(Editor& editor) {
         else
             tab->insertText(e.clipboard());
     });
-    editor.addCommand("cancel", onTab([](Tab& t) { t.view().collapseSelections(); }));
+    editor.addCommand("cancel", onTab([](Tab& t) {
+        t.endSnippetSession();
+        t.view().collapseSelections();
+    }));
     editor.addCommand("find", startFind);
     editor.addCommand("find-next", [](Editor& e) { e.findNext(true); });
     editor.addCommand("find-previous", [](Editor& e) { e.findNext(false); });

@@ -5,6 +5,7 @@
 
 #include "app/editor/files.hpp"
 #include "app/editor/line_layout.hpp"
+#include "app/editor/snippet_commands.hpp"
 #include "app/editor/theme_colors.hpp"
 #include "app/tui/utf8.hpp"
 #include "app/tui/width.hpp"
@@ -58,6 +59,7 @@ Editor::Editor()
     registerFileCommands(*this);
     registerDocumentCommands(*this);
     registerSymbolCommands(*this);
+    registerSnippetCommands(*this);
 }
 
 size_t Editor::runAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
@@ -187,13 +189,20 @@ void Editor::runCommand(const std::string& name) {
     // Copy: a command may replace the table (rebinding) while it runs.
     Command command = found->second;
     command(*this);
+    snippetCommandDidFinish();
     revealCaret();
+}
+
+void Editor::snippetCommandDidFinish() {
+    if (Tab* tab = activeTab())
+        if (VXSnippetSession* session = tab->snippetSession()) session->commandDidFinish();
 }
 
 void Editor::typeText(std::u16string_view text) {
     Tab* tab = activeTab();
     if (!tab) return;
     tab->typeText(text);
+    snippetCommandDidFinish();
     revealCaret();
 }
 
@@ -205,6 +214,7 @@ void Editor::handlePaste(const std::string& text) {
     }
     if (Tab* tab = activeTab()) {
         tab->insertText(utf16FromUtf8(text));
+        snippetCommandDidFinish();
         revealCaret();
     }
 }

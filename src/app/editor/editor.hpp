@@ -21,6 +21,7 @@
 #include "app/editor/modal.hpp"
 #include "document/document_hooks.hpp"
 #include "selectors/theme.hpp"
+#include "snippets/snippet_catalog.hpp"
 #include "app/editor/tab.hpp"
 #include "app/tui/input_decoder.hpp"
 #include "app/tui/key_bindings.hpp"
@@ -96,6 +97,10 @@ public:
     void requestQuit() { m_quitRequested = true; }
     bool quitRequested() const { return m_quitRequested; }
 
+    // The snippets that triggers and the snippet list choose from: the truffles' unless set.
+    const VXSnippetCatalog& snippetCatalog() const { return m_snippetCatalog ? *m_snippetCatalog : VXSnippetCatalog::sharedCatalog(); }
+    void setSnippetCatalog(const VXSnippetCatalog* catalog) { m_snippetCatalog = catalog; }
+
     EditorColors& colors() { return m_colors; }
     Layout layout() const;
     void draw(tui::Screen& screen);
@@ -113,6 +118,9 @@ public:
     void applyTheme(const std::shared_ptr<VXTheme>& theme);
 
 private:
+    // After every command: a snippet being filled in updates its mirrors, or ends when the
+    // caret has left it.
+    void snippetCommandDidFinish();
     void handleMouse(const tui::MouseEvent& mouse);
     void handlePaste(const std::string& text);
     void drawTabBar(tui::Screen& screen, const Layout& layout);
@@ -139,6 +147,7 @@ private:
     EditorColors m_colors;
     std::unique_ptr<ScopeStyler> m_styler;
     InputPump m_pump;
+    const VXSnippetCatalog* m_snippetCatalog = nullptr;
     bool m_quitRequested = false;
     bool m_dragging = false;
     std::optional<std::pair<uint64_t, uint64_t>> m_columnDragAnchor;  // line and column of an Alt-drag

@@ -57,7 +57,11 @@ void Tab::refreshIfReverted() {
     if (&m_document->contents() != m_shownStorage) documentDidChange();
 }
 
-void Tab::recomputeCache(Range editedRange, int64_t, unsigned editedMask, bool fully) {
+void Tab::recomputeCache(Range editedRange, int64_t changeInLength, unsigned editedMask, bool fully) {
+    if (m_snippet && (editedMask & kTextStorageEditedCharacters)) {
+        if (fully) m_snippet.reset();  // a new text altogether
+        else m_snippet->textDidChange(editedRange, changeInLength);
+    }
     if (!m_highlighter || !(editedMask & kTextStorageEditedCharacters)) return;
     if (&m_document->contents() != m_shownStorage) return;  // a revert: documentDidChange starts afresh
     // From the line before: an edit just after a CR may have joined it to an LF.

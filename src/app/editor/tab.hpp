@@ -14,6 +14,7 @@
 #include "document/single_file_document.hpp"
 #include "editing/text_view.hpp"
 #include "platform/undo_manager.hpp"
+#include "snippets/snippet_session.hpp"
 
 namespace vx {
 struct VXLanguage;
@@ -86,8 +87,22 @@ public:
     void endTyping() { m_view->endTyping(); }
     void insertText(std::u16string_view text) { m_view->insertText(text); }
     void replaceRange(Range range, std::u16string_view text, Selection after) { m_view->replaceRange(range, text, after); }
-    void undo() { m_view->undo(); }
-    void redo() { m_view->redo(); }
+    // Undo and redo end a snippet session: the text they bring back is not the snippet's.
+    void undo() {
+        endSnippetSession();
+        m_view->undo();
+    }
+    void redo() {
+        endSnippetSession();
+        m_view->redo();
+    }
+
+    // The snippet being filled in, while there is one; it follows every edit of the text.
+    VXSnippetSession* snippetSession() { return m_snippet && m_snippet->isActive() ? m_snippet.get() : nullptr; }
+    void startSnippetSession(std::unique_ptr<VXSnippetSession> session) { m_snippet = std::move(session); }
+    void endSnippetSession() { m_snippet.reset(); }
+    // The scope context at an offset, as the typing aids see it.
+    VXContext contextAt(uint64_t offset) { return scopeContextAt(offset); }
 
     void move(Motion motion, bool extend, int pageHeight);
     void placeCaret(uint64_t line, uint64_t column, bool extend) { m_view->placeCaret(line, column, extend); }
@@ -115,6 +130,7 @@ private:
     TerminalColumns m_columns;
     std::unique_ptr<VXTextView> m_view;
     std::unique_ptr<TabHighlighter> m_highlighter;
+    std::unique_ptr<VXSnippetSession> m_snippet;
     const VXLanguage* m_language = nullptr;
     std::string m_pendingPath;
     const VXTextStorage* m_shownStorage = nullptr;  // to notice a revert's new storage
