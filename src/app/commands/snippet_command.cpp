@@ -1,12 +1,15 @@
-// vx snippet parse TEXT | vx snippet convert TEXT: a compiled snippet as JSON, or a snippet in
-// the dollar-sign syntax rewritten in this one.
+// vx snippet parse TEXT | vx snippet convert TEXT | vx snippet convert --file FILE: a compiled
+// snippet as JSON, a snippet in the dollar-sign syntax rewritten in this one, or a JSON
+// collection of such snippets written as a snippets file for a truffle.
 #include <nlohmann/json.hpp>
 
+#include <iostream>
 #include <map>
 
 #include "app/commands/command.hpp"
 #include "snippets/dollar_converter.hpp"
 #include "snippets/regex_filter.hpp"
+#include "snippets/snippet_collection.hpp"
 #include "snippets/snippet_parser.hpp"
 #include "platform/unicode.hpp"
 
@@ -71,14 +74,27 @@ void registerSnippet(CLI::App& app) {
     auto* snippet = app.add_subcommand("snippet", "Compile snippets and convert them from the dollar-sign syntax");
     snippet->require_subcommand(1);
 
-    static std::string parseText, convertText;
+    static std::string parseText, convertText, convertFile, convertScope;
     auto* parse = snippet->add_subcommand("parse", "Print the compiled snippet as JSON: its text and its constructs");
     parse->add_option("TEXT", parseText, "The snippet text")->required();
     parse->callback([] { writeOutput(snippetJson(VXNewSnippetParserCompile(utf16FromUtf8(parseText))).dump() + "\n"); });
 
-    auto* convert = snippet->add_subcommand("convert", "Rewrite a snippet from the dollar-sign syntax ($1, ${1:default}, ...) in this one");
-    convert->add_option("TEXT", convertText, "The snippet in the dollar-sign syntax")->required();
+    auto* convert = snippet->add_subcommand("convert", "Rewrite a snippet from the dollar-sign syntax ($1, ${1:default}, ...) in this one, "
+                                                       "or a JSON collection of them as a snippets file");
+    auto* text = convert->add_option("TEXT", convertText, "The snippet in the dollar-sign syntax");
+    auto* file = convert->add_option("--file", convertFile, "A JSON file of snippets (\"prefix\", \"body\", \"description\"); - for standard input");
+    convert->add_option("--scope", convertScope, "With --file: the scope selector of the snippets file (the language they are for)");
+    text->excludes(file);
     convert->callback([] {
+        if (!convertFile.empty()) {
+            SnippetCollectionConversion result = convertSnippetCollection(readInputFile(convertFile), convertScope);
+            if (!result.error.empty()) throw CommandFailure(convertFile + ": " + result.error);
+            for (const std::string& line : result.skipped) std::cerr << "vx: " << convertFile << ": left out " << line << "\n";
+            for (const std::string& line : result.notes) std::cerr << "vx: " << convertFile << ": " << line << "\n";
+            writeOutput(result.selfml);
+            return;
+        }
+        if (convertText.empty()) throw CommandFailure("convert needs a snippet TEXT or --file FILE");
         SnippetConversion result = convertDollarSnippet(utf16FromUtf8(convertText));
         if (!result.ok) throw CommandFailure("cannot convert the snippet at offset " + std::to_string(result.offset) + ": " + result.problem);
         writeOutput(utf8FromUtf16(result.text) + "\n");
