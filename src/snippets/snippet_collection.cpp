@@ -87,6 +87,12 @@ SnippetCollectionConversion convertSnippetCollection(std::string_view json, std:
             result.skipped.push_back(name + ": no body");
             continue;
         }
+        // A self-ml file ends at a NUL byte, so no text of it can hold one.
+        const auto hasNul = [](std::string_view text) { return text.find('\0') != std::string_view::npos; };
+        if (hasNul(name) || hasNul(*dollarBody) || std::any_of(prefixes.begin(), prefixes.end(), hasNul)) {
+            result.skipped.push_back(name.substr(0, name.find('\0')) + ": holds a NUL character");
+            continue;
+        }
         SnippetConversion converted = convertDollarSnippet(utf16FromUtf8(*dollarBody));
         if (!converted.ok) {
             result.skipped.push_back(name + ": " + converted.problem + " at offset " + std::to_string(converted.offset));
@@ -114,7 +120,7 @@ SnippetCollectionConversion convertSnippetCollection(std::string_view json, std:
         if (auto description = entry.contains("description") ? textOf(entry["description"], " ") : std::nullopt) {
             std::string line = *description;
             for (char& c : line)
-                if (c == '\n' || c == '\r') c = ' ';
+                if (c == '\n' || c == '\r' || c == '\0') c = ' ';
             if (!line.empty()) body += "\n# " + line;
         }
         for (const std::string& prefix : prefixes) {
