@@ -32,13 +32,50 @@ size_t lcsLength(std::basic_string_view<Char> a, std::basic_string_view<Char> b)
     return row[b.size()];
 }
 
+// The match asks only whether the common subsequence reaches |query| (up to 3 bytes) or
+// |query| - 1, which needs no table: the whole query is a subsequence, or the query without one
+// of its bytes is. With prefix[i] the candidate length that the query's first i bytes need when
+// matched greedily from the left, and suffix[i] the start that its bytes from i on need when
+// matched greedily from the right, dropping byte i works exactly when prefix[i] <= suffix[i + 1].
+// This is linear where the table is quadratic; it runs once per indexed path and keystroke.
 template <class Char>
 bool isMatch(std::basic_string_view<Char> candidate, std::basic_string_view<Char> query) {
-    if (candidate.size() < query.size()) return false;
-    const size_t common = lcsLength(candidate, query);
-    if (common == 0) return false;
-    if (query.size() <= 3) return common >= query.size();
-    return common + 1 >= query.size();
+    const size_t m = query.size(), n = candidate.size();
+    if (n < m || m == 0) return false;
+    constexpr size_t kUnreached = SIZE_MAX;
+    std::array<size_t, 130> smallPrefix, smallSuffix;
+    std::vector<size_t> largePrefix, largeSuffix;
+    size_t* prefix = smallPrefix.data();
+    size_t* suffix = smallSuffix.data();
+    if (m + 1 > smallPrefix.size()) {
+        largePrefix.resize(m + 1);
+        largeSuffix.resize(m + 1);
+        prefix = largePrefix.data();
+        suffix = largeSuffix.data();
+    }
+    prefix[0] = 0;
+    for (size_t i = 0, at = 0; i < m; ++i) {
+        if (prefix[i] == kUnreached) {
+            prefix[i + 1] = kUnreached;
+            continue;
+        }
+        while (at < n && candidate[at] != query[i]) ++at;
+        prefix[i + 1] = at < n ? ++at : kUnreached;
+    }
+    if (prefix[m] != kUnreached) return true;  // the whole query is there
+    if (m <= 3) return false;
+    suffix[m] = n;
+    for (size_t i = m, at = n; i-- > 0;) {
+        if (suffix[i + 1] == kUnreached) {
+            suffix[i] = kUnreached;
+            continue;
+        }
+        while (at > 0 && candidate[at - 1] != query[i]) --at;
+        suffix[i] = at > 0 ? --at : kUnreached;
+    }
+    for (size_t i = 0; i < m; ++i)
+        if (prefix[i] != kUnreached && suffix[i + 1] != kUnreached && prefix[i] <= suffix[i + 1]) return true;
+    return false;
 }
 
 }  // namespace

@@ -245,8 +245,9 @@ std::shared_ptr<VXProject> VXProjectManager::getOrCreateProjectAtExactURL(const 
 std::shared_ptr<VXProject> VXProjectManager::getOrCreateProjectForURL(const std::string& path) {
     bool strong = false;
     const std::string root = detectProjectURLForURL(path, strong);
-    // A project the user already has between the path and its detected root keeps its files.
-    if (auto known = projectForURL(path); known && isWithin(known->directoryURL, root)) return known;
+    // A project the user already has between the path and its detected root keeps its files; so
+    // does any project holding the path when no marker settled the root.
+    if (auto known = projectForURL(path); known && (!strong || isWithin(known->directoryURL, root))) return known;
     auto project = getOrCreateProjectAtExactURL(root);
     if (project) project->wasStrong = project->wasStrong || strong;
     return project;

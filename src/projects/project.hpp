@@ -93,8 +93,9 @@ public:
     std::vector<std::shared_ptr<VXProject>> projects() const;
     std::vector<std::shared_ptr<VXProject>> activeProjects() const;
 
-    // The project a file or folder belongs to: a known project between it and its detected root
-    // (the deepest), else the project at the detected root, created and stored when new.
+    // The project a file or folder belongs to: the deepest known project between it and its
+    // detected root (or holding it at all, when no marker found the root), else the project at the
+    // detected root, created and stored when new.
     std::shared_ptr<VXProject> getOrCreateProjectForURL(const std::string& path);
     std::shared_ptr<VXProject> getOrCreateProjectAtExactURL(const std::string& path);
     std::shared_ptr<VXProject> projectAtURL(const std::string& path) const;

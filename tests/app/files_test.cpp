@@ -12,6 +12,7 @@
 #include "app/editor/files.hpp"
 #include "app/editor/session.hpp"
 #include "platform/file_cache.hpp"
+#include "platform/run_loop.hpp"
 #include "support/temp_dir.hpp"
 
 namespace vx::editor {
@@ -88,7 +89,7 @@ TEST_F(Files, UnsavedTextIsRecoveredOnTheNextStart) {
     EXPECT_TRUE(std::filesystem::is_empty(recoveryDirectory()));
 }
 
-TEST_F(Files, AFolderOpensAsAFileListThatSkipsHiddenFiles) {
+TEST_F(Files, AFolderOpensAsAProjectInQuickOpenWithoutVersionControlFiles) {
     m_files.write("b.txt", "bee");
     m_files.write("a.txt", "ay");
     std::filesystem::create_directories(m_files.path() + "/.git");
@@ -96,6 +97,20 @@ TEST_F(Files, AFolderOpensAsAFileListThatSkipsHiddenFiles) {
     Session session(60, 12);
     openStartupPaths(session.editor(), {m_files.path()});
     ASSERT_TRUE(session.editor().hasModal());
+    auto shows = [&](const std::string& text) {
+        return RunLoop::main().runUntil(
+            [&] {
+                for (int y = 0; y < 12; ++y)
+                    if (session.row(y).find(text) != std::string::npos) return true;
+                return false;
+            },
+            std::chrono::seconds(3));
+    };
+    session.send("config");
+    ASSERT_TRUE(shows("(no matches)"));
+    session.send("<backspace><backspace><backspace><backspace><backspace><backspace>.txt");
+    ASSERT_TRUE(shows("a.txt"));
+    ASSERT_TRUE(shows("b.txt"));
     session.send("<down><enter>");
     ASSERT_EQ(session.editor().tabCount(), 1u);
     EXPECT_EQ(session.editor().activeTab()->text().text(), u"bee");

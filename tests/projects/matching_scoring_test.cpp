@@ -108,3 +108,26 @@ TEST(QuickOpenScore, TheFormulaPutsItTogether) {
 
 }  // namespace
 }  // namespace vx
+
+namespace vx {
+namespace {
+
+// The match is computed without the subsequence table; it must agree with the table's rule on
+// every candidate, including repeated bytes where greedy placement is tempting to get wrong.
+TEST(ComponentMatch, AgreesWithTheLongestCommonSubsequenceRule) {
+    uint32_t seed = 7;
+    auto next = [&seed] { return seed = seed * 1103515245u + 12345u; };
+    for (int round = 0; round < 20000; ++round) {
+        std::string candidate, query;
+        const size_t n = next() % 9, m = 1 + next() % 6;
+        for (size_t i = 0; i < n; ++i) candidate += static_cast<char>('a' + next() % 3);
+        for (size_t i = 0; i < m; ++i) query += static_cast<char>('a' + next() % 3);
+        const size_t common = cpp_longestCommonSubsequence(candidate, query);
+        const bool expected = candidate.size() >= query.size() && common > 0 &&
+                              (query.size() <= 3 ? common >= query.size() : common + 1 >= query.size());
+        ASSERT_EQ(componentIsMatch(candidate, query), expected) << candidate << " / " << query;
+    }
+}
+
+}  // namespace
+}  // namespace vx

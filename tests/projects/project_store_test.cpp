@@ -110,6 +110,11 @@ TEST(ProjectManager, ProjectsAreFoundCreatedStoredAndReloaded) {
         std::string found;
         EXPECT_EQ(manager.projectForURL(base + "/repo/README", &found), project);
         EXPECT_EQ(found, base + "/repo");
+        // Without markers, a folder the user opened as a project keeps the files below it.
+        dir.write("loose/a/b.txt", "");
+        auto loose = manager.getOrCreateProjectAtExactURL(base + "/loose");
+        EXPECT_EQ(manager.getOrCreateProjectForURL(base + "/loose/a/b.txt"), loose);
+        EXPECT_FALSE(loose->wasStrong);
         inner->shouldScanDirectories = false;
         EXPECT_TRUE(inner->saveToDisk());
 
@@ -121,7 +126,7 @@ TEST(ProjectManager, ProjectsAreFoundCreatedStoredAndReloaded) {
     VXXProjectDatabase store(base + "/support/projects.db");
     VXProjectManager again(store, base + "/support");
     again.loadProjects();
-    ASSERT_EQ(again.projects().size(), 2u);
+    ASSERT_EQ(again.projects().size(), 3u);
     auto inner = again.projectAtURL(base + "/repo/src");
     ASSERT_TRUE(inner);
     EXPECT_FALSE(inner->shouldScanDirectories);

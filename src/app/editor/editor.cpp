@@ -5,6 +5,7 @@
 
 #include "app/editor/files.hpp"
 #include "app/editor/line_layout.hpp"
+#include "app/editor/quick_open_panel.hpp"
 #include "app/editor/snippet_commands.hpp"
 #include "app/editor/theme_colors.hpp"
 #include "app/tui/utf8.hpp"
@@ -60,6 +61,7 @@ Editor::Editor()
     registerDocumentCommands(*this);
     registerSymbolCommands(*this);
     registerSnippetCommands(*this);
+    registerQuickOpenCommands(*this);
 }
 
 size_t Editor::runAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,

@@ -15,6 +15,7 @@
 #include "app/editor/editor.hpp"
 #include "app/editor/file_location.hpp"
 #include "app/editor/highlighting.hpp"
+#include "app/editor/quick_open_panel.hpp"
 #include "syntax/language_chooser.hpp"
 #include "document/single_file_document.hpp"
 #include "app/tui/utf8.hpp"
@@ -253,7 +254,8 @@ void openStartupPaths(Editor& editor, const std::vector<std::string>& paths) {
     }
     if (editor.tabCount()) editor.activateTab(first.value_or(0));
     editor.revealCaret();
-    if (!folder.empty()) showFileList(editor, folder);
+    // A folder opens as a project, in quick open.
+    if (!folder.empty() && openProjectForPath(folder)) showQuickOpen(editor);
 }
 
 void goToLocation(Tab& tab, uint64_t line, uint64_t column) {

@@ -12,6 +12,7 @@ std::string_view KeyBindings::defaultBindingsText() {
     (save ctrl+s)
     (save-as ctrl+shift+s alt+s)
     (open ctrl+o)
+    (quick-open ctrl+p)
     (new-file ctrl+n)
     (close-tab ctrl+w)
     (quit ctrl+q)
