@@ -155,9 +155,10 @@ TEST_F(FilePrompts, RecoveryKeepsOneFilePerBufferAndThenOpensTheCommandLine) {
     Session next(80, 14);
     offerRecoveredFiles(next.editor(), [&](Editor& e) { openStartupPaths(e, {m_files.path() + "/folder"}); });
     next.send("l");  // Later
-    // The folder asked for is shown once the question is answered.
+    // The folder asked for is shown, as a project in quick open, once the question is answered.
     ASSERT_TRUE(next.editor().hasModal());
-    EXPECT_NE(screenText(next, 14).find("a.txt"), std::string::npos) << screenText(next, 14);
+    EXPECT_NE(screenText(next, 14).find("Open quickly in " + m_files.path() + "/folder"), std::string::npos)
+        << screenText(next, 14);
 }
 
 TEST_F(FilePrompts, ConvertingToTheStyleTheTextHasIsNoChange) {
