@@ -92,6 +92,8 @@ void VXSyntaxPatternDefinition::prepareSearch() const {
             m_searchable = true;  // only the line's start to try
         } else {
             m_prefilter = m_shape;
+            // A match at the line's end is empty: no word can start there.
+            if (m_prefilter && beforeWordBoundary && m_prefilter->orLineEnd) m_prefilter.reset();
             if (m_prefilter && beforeWordBoundary) m_prefilter->requireWordStart();
             if (m_prefilter && !kindAlwaysScans() && !m_prefilter->worthScanning()) m_prefilter.reset();
             if (!m_prefilter) {
@@ -175,10 +177,13 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
         return found ? *found : kNotFound;
     }
     // The pattern is tested only where its first character (and the one before) allow a
-    // match; a match needs at least one character, so the text's end is never a candidate.
+    // match; a match needs at least one character, so the text's end is never a candidate,
+    // unless the expression also matches at the line's end (before an LF, or at the end).
     const VXCharFilter& first = m_prefilter->first;
+    const bool lineEnd = m_prefilter->orLineEnd;
     for (uint64_t p = from; p < text.size();) {
         const char16_t c = text[p];
+        if (lineEnd && c == u'\n' && matchAt(line, p, region)) return p;
         if (c < 128 && !first.ascii[c]) {  // most positions; never half of a surrogate pair
             ++p;
             continue;
@@ -186,6 +191,7 @@ uint64_t VXSyntaxPatternDefinition::findNext(const VXSyntaxLine& line, uint64_t 
         if (m_prefilter->admits(text, p, memo) && matchAt(line, p, region)) return p;
         p = VXSyntaxNextCharacter(text, p);
     }
+    if (lineEnd && from <= text.size() && matchAt(line, text.size(), region)) return text.size();
     return kNotFound;
 }
 

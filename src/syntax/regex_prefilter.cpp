@@ -27,6 +27,7 @@ bool VXRegexPrefilter::chainAdmits(std::u16string_view text, uint64_t position, 
 }
 
 bool VXRegexPrefilter::mayMatchIn(const VXCharFilter& present) const {
+    if (orLineEnd) return true;  // every line has an end
     if (!first.meets(present)) return false;
     for (const Stage& stage : chain)
         if (!stage.required.meets(present)) return false;

@@ -67,6 +67,12 @@ struct VXRegexPrefilter {
     std::vector<Stage> chain;
     static constexpr size_t kMaxStages = 4;
 
+    // The expression is an alternation one of whose branches is a bare "$" (an end pattern
+    // like `(")|$` that also closes its zone at the line's end). The other branches are
+    // described above; the empty match of "$" can only be before an LF or at the text's end,
+    // and is looked for there whatever the other branches require.
+    bool orLineEnd = false;
+
     // What each stage found for the last run it stepped over, so that scanning a long run
     // costs its length once: arriving anywhere in [from, runEnd] leads to the same answer.
     // Valid for one text only.
@@ -102,7 +108,8 @@ struct VXRegexPrefilter {
 };
 
 // The prefilter of an expression compiled with the Ruby syntax (and ignore-case when asked);
-// nothing when the expression can match an empty text, or is beyond the analysis.
+// nothing when the expression can match an empty text (other than by a top-level "$"
+// alternative, see `orLineEnd`), or is beyond the analysis.
 std::optional<VXRegexPrefilter> VXRegexPrefilterForExpression(std::u16string_view expression, bool caseInsensitive);
 
 }  // namespace vx

@@ -579,8 +579,60 @@ private:
 
 }  // namespace
 
+namespace {
+
+// The expression without its top-level alternatives that are a bare "$", and whether it had
+// any; nothing when every alternative is one.
+std::optional<std::u16string> withoutLineEndAlternatives(std::u16string_view expression, bool& had) {
+    std::vector<std::u16string_view> branches;
+    int depth = 0;
+    bool inClass = false;
+    size_t start = 0;
+    for (size_t i = 0; i < expression.size(); ++i) {
+        const char16_t c = expression[i];
+        if (c == u'\\') {
+            ++i;  // the escaped unit is never structure
+        } else if (inClass) {
+            if (c == u']') inClass = false;
+        } else if (c == u'[') {
+            inClass = true;
+        } else if (c == u'(') {
+            ++depth;
+        } else if (c == u')') {
+            --depth;
+        } else if (c == u'|' && depth == 0) {
+            branches.push_back(expression.substr(start, i - start));
+            start = i + 1;
+        }
+    }
+    branches.push_back(expression.substr(start));
+    std::u16string rest;
+    size_t kept = 0;
+    had = false;
+    for (const auto& branch : branches) {
+        if (branch == u"$") {
+            had = true;
+            continue;
+        }
+        if (kept++ > 0) rest += u'|';
+        rest += branch;
+    }
+    if (!had || kept == 0) return std::nullopt;
+    return rest;
+}
+
+}  // namespace
+
 std::optional<VXRegexPrefilter> VXRegexPrefilterForExpression(std::u16string_view expression, bool caseInsensitive) {
-    return Analyzer(expression, caseInsensitive).run();
+    if (auto filter = Analyzer(expression, caseInsensitive).run()) return filter;
+    // An end pattern that also closes at the line's end: the other alternatives are filtered
+    // as usual and the line's end is always tried.
+    bool hadLineEnd = false;
+    const auto rest = withoutLineEndAlternatives(expression, hadLineEnd);
+    if (!rest) return std::nullopt;
+    auto filter = Analyzer(*rest, caseInsensitive).run();
+    if (filter) filter->orLineEnd = true;
+    return filter;
 }
 
 }  // namespace vx

@@ -7,6 +7,7 @@
 
 #include "syntax/candidate_set.hpp"
 #include "syntax/mapped_string.hpp"
+#include "syntax/pattern_definition.hpp"
 #include "syntax/regex.hpp"
 #include "syntax/regex_prefilter.hpp"
 
@@ -202,6 +203,43 @@ TEST(RegexPrefilter, NeverRejectsAPositionWhereTheExpressionMatches) {
                 }
             }
             EXPECT_GT(matches, 0) << expression;  // the subjects exercised the expression
+        }
+    }
+}
+
+// An end pattern that also closes its zone at the line's end (`(")|$`): the other branches are
+// filtered as usual, the line's end is always tried, and the search finds exactly what the
+// expression engine's own search finds.
+TEST(RegexPrefilter, ALineEndAlternativeIsTriedWhereverALineCanEnd) {
+    const auto filter = prefilterOf("(\")|$");
+    ASSERT_TRUE(filter);
+    EXPECT_TRUE(filter->orLineEnd);
+    EXPECT_EQ(members(filter->first), "\"");
+    EXPECT_TRUE(filter->mayMatchIn(VXCharFilter::of(u"abc")));
+    EXPECT_FALSE(prefilterOf("\"")->orLineEnd);
+    for (const char* expression : {"$", "(a|$)", "a*|$", "$|$"}) EXPECT_FALSE(prefilterOf(expression)) << expression;
+
+    const char16_t alphabet[] = {u'"', u'a', u'\n', u'\r', u'*', u'/', u']', u'x'};
+    std::mt19937 random(7);
+    auto expected = makeRegion(), found = makeRegion();
+    for (const char* expression : {"(\")|$", "$|(\\*/)", "[\\])]|$|x"}) {
+        const std::u16string pattern = utf16FromUtf8(expression);
+        const auto definition = VXSyntaxPatternRegexDefinition::make(pattern, false, {});
+        const auto regex = VXRegex::compile(pattern);
+        ASSERT_TRUE(definition && regex) << expression;
+        for (int round = 0; round < 2000; ++round) {
+            std::u16string subject;
+            const int length = std::uniform_int_distribution<int>(0, 8)(random);
+            for (int i = 0; i < length; ++i) subject += alphabet[std::uniform_int_distribution<size_t>(0, std::size(alphabet) - 1)(random)];
+            uint64_t content = subject.size();
+            while (content > 0 && (subject[content - 1] == u'\n' || subject[content - 1] == u'\r')) --content;
+            const VXSyntaxLine line{subject, content, 0};
+            for (uint64_t from = 0; from <= subject.size(); ++from) {
+                const auto stated = regex->search(subject, from, subject.size(), expected.get());
+                const uint64_t at = definition->findNext(line, from, found.get());
+                ASSERT_EQ(at, stated.value_or(kNotFound))
+                    << expression << " from " << from << " in \"" << utf8FromUtf16(subject) << "\"";
+            }
         }
     }
 }
