@@ -38,14 +38,6 @@ void replaceField(SnippetExpansion& expansion, size_t index, const std::u16strin
     adjustSnippetFields(expansion.fields, range, text.size(), static_cast<int>(index));
 }
 
-std::u16string constantValue(const SNConstantConstruct& construct, const SnippetEnvironment& environment, ShellResults* shellResults) {
-    const SNConstant* constant = construct.constant.get();
-    if (constant->kind() != SNConstant::Kind::Shell || !shellResults) return constant->resolve(environment).value_or(u"");
-    auto known = shellResults->find(constant);
-    if (known == shellResults->end()) known = shellResults->emplace(constant, constant->resolve(environment)).first;
-    return known->second.value_or(u"");
-}
-
 // Line breaks and tabs made the document's; every field's ends carried along.
 void applyLayout(SnippetExpansion& expansion, const SnippetLayout& layout) {
     const std::u16string& text = expansion.text;
@@ -76,12 +68,16 @@ void applyLayout(SnippetExpansion& expansion, const SnippetLayout& layout) {
 
 }  // namespace
 
+std::u16string constantText(const SnippetField& field, std::optional<std::u16string> value, const SnippetEnvironment& environment) {
+    return field.construct->applyFilters(value.value_or(u""), environment);
+}
+
 std::u16string mirrorText(const SnippetField& mirror, std::u16string_view tabStopText, const SnippetEnvironment& environment) {
     return mirror.construct ? mirror.construct->applyFilters(std::u16string(tabStopText), environment) : std::u16string(tabStopText);
 }
 
 SnippetExpansion expandSnippet(const CompiledSnippet& snippet, const SnippetEnvironment& environment,
-                               const SnippetLayout& layout, ShellResults* shellResults) {
+                               const SnippetLayout& layout, ShellCommands shell) {
     SnippetExpansion expansion{snippet.string, placedFields(snippet)};
     // Inner constructs first, so that a construct sees the resolved text of those inside it
     // and a value that replaces its text takes them away.
@@ -89,8 +85,10 @@ SnippetExpansion expandSnippet(const CompiledSnippet& snippet, const SnippetEnvi
         SnippetField& field = expansion.fields[i];
         if (!field.alive) continue;
         if (field.kind == SnippetField::Kind::Constant) {
-            const auto& construct = static_cast<const SNConstantConstruct&>(*field.construct);
-            replaceField(expansion, i, construct.applyFilters(constantValue(construct, environment, shellResults), environment));
+            const SNConstant& constant = *static_cast<const SNConstantConstruct&>(*field.construct).constant;
+            const bool later = shell == ShellCommands::Defer && constant.kind() == SNConstant::Kind::Shell;
+            field.awaitsShell = later;
+            replaceField(expansion, i, constantText(field, later ? std::nullopt : constant.resolve(environment), environment));
         } else if (field.kind == SnippetField::Kind::TabStop && !field.construct->filters.empty()) {
             std::u16string current = expansion.text.substr(field.range.location, field.range.length);
             replaceField(expansion, i, field.construct->applyFilters(std::move(current), environment));

@@ -3,7 +3,9 @@
 //
 //     constants   each constant construct's value (a variable, a shell command, a string)
 //                 passed through its filters; a value that differs from the starting text
-//                 replaces it, and the constructs written inside that text go with it
+//                 replaces it, and the constructs written inside that text go with it. Shell
+//                 commands may be left to run later: their fields then show what the filters
+//                 make of nothing (an or-else default) and are marked as awaiting the output
 //     tab stops   their default passed through their filters
 //     mirrors     their tab stop's text passed through their filters (a mirror whose number
 //                 has no tab stop shows what its filters make of the empty text)
@@ -11,7 +13,6 @@
 //                 line the snippet goes into; every tab becomes the document's indentation unit
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,12 +35,13 @@ struct SnippetExpansion {
     std::vector<SnippetField> fields;  // field 0 is the whole text; a field before those inside it
 };
 
-// Shell commands already run for this insertion, by constant: a snippet expanded at several
-// selections runs each command once.
-using ShellResults = std::map<const SNConstant*, std::optional<std::u16string>>;
+enum class ShellCommands { Run, Defer };
 
 SnippetExpansion expandSnippet(const CompiledSnippet& snippet, const SnippetEnvironment& environment,
-                               const SnippetLayout& layout, ShellResults* shellResults = nullptr);
+                               const SnippetLayout& layout, ShellCommands shell = ShellCommands::Run);
+
+// The text of a constant construct's field for its constant's value.
+std::u16string constantText(const SnippetField& field, std::optional<std::u16string> value, const SnippetEnvironment& environment);
 
 // The text a mirror shows for the text of its tab stop.
 std::u16string mirrorText(const SnippetField& mirror, std::u16string_view tabStopText, const SnippetEnvironment& environment);

@@ -30,6 +30,7 @@ struct SnippetField {
     int parent = -1;     // the enclosing field; -1 for the root
     bool alive = true;
     std::shared_ptr<const SNConstruct> construct;  // its filters; none for the root
+    bool awaitsShell = false;  // a shell command's output is still to come
 };
 
 // Whether `ancestor` encloses `field` (directly or further up).

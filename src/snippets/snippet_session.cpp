@@ -1,8 +1,12 @@
 #include "snippets/snippet_session.hpp"
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 
 #include "editing/navigation.hpp"
+#include "snippets/shell_constant_runner.hpp"
 #include "snippets/snippet_expansion.hpp"
 
 namespace vx {
@@ -31,6 +35,13 @@ uint64_t carried(uint64_t position, Range old, uint64_t newLength) {
     return old.location + std::min(position - old.location, newLength);
 }
 
+// Puts the primary selection first, as setSelections wants it.
+std::vector<Selection> primaryFirst(std::vector<Selection> selections, size_t primary) {
+    std::rotate(selections.begin(), selections.begin() + static_cast<std::ptrdiff_t>(primary),
+                selections.begin() + static_cast<std::ptrdiff_t>(primary) + 1);
+    return selections;
+}
+
 const SnippetField* tabStopOf(const std::vector<SnippetField>& fields, int64_t number) {
     for (const SnippetField& field : fields)
         if (field.alive && field.kind == SnippetField::Kind::TabStop && field.number == number) return &field;
@@ -38,6 +49,14 @@ const SnippetField* tabStopOf(const std::vector<SnippetField>& fields, int64_t n
 }
 
 }  // namespace
+
+// One shell command running on a thread of its own; the output waits here for the main thread.
+struct VXSnippetSession::ShellJob {
+    std::mutex mutex;
+    std::condition_variable done;
+    bool finished = false;
+    std::optional<std::u16string> output;
+};
 
 std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, const CompiledSnippet& snippet,
                                                            const SnippetEnvironment& base, std::vector<Range> ranges,
@@ -51,13 +70,9 @@ std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, con
     std::unique_ptr<VXSnippetSession> session(new VXSnippetSession(view, base));
     const TextBuffer& text = view.text();
 
-    // The primary copy first: a shell command runs once, with the primary selection's variables.
     std::vector<SnippetExpansion> expansions(ranges.size());
-    ShellResults shellResults;
-    std::vector<size_t> order{primary};
-    for (size_t i = 0; i < ranges.size(); ++i)
-        if (i != primary) order.push_back(i);
-    for (size_t i : order) {
+    SnippetEnvironment primaryEnvironment;
+    for (size_t i = 0; i < ranges.size(); ++i) {
         const Range range = ranges[i];
         const uint64_t line = text.lineForOffset(range.location);
         const std::u16string lineText = text.lineText(line);
@@ -72,7 +87,8 @@ std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, con
         environment.currentWord = wordAround(text, range);
         environment.lineNumber = line + 1;
         SnippetLayout layout{view.lineBreak(), indentationOf(lineText), view.tabSize(), view.softTabs()};
-        expansions[i] = expandSnippet(snippet, environment, layout, &shellResults);
+        expansions[i] = expandSnippet(snippet, environment, layout, ShellCommands::Defer);
+        if (i == primary) primaryEnvironment = environment;
     }
 
     std::vector<Selection> targets;
@@ -103,6 +119,7 @@ std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, con
     if (!numbers.empty() && numbers.front() == 0) std::rotate(numbers.begin(), numbers.begin() + 1, numbers.end());
     session->m_order = std::move(numbers);
     session->nextField();
+    session->startShellCommands(primaryEnvironment);
     return session;
 }
 
@@ -165,7 +182,7 @@ bool VXSnippetSession::previousField() {
 }
 
 void VXSnippetSession::textDidChange(Range newRange, int64_t changeInLength) {
-    if (m_finished) return;
+    if (!isTracking()) return;
     const Range old{newRange.location, static_cast<uint64_t>(static_cast<int64_t>(newRange.length) - changeInLength)};
     for (size_t copy = 0; copy < m_copies.size(); ++copy) {
         auto& fields = m_copies[copy];
@@ -193,6 +210,75 @@ void VXSnippetSession::commandDidFinish() {
     updateMirrors();
 }
 
+// A command runs once per snippet, with the primary selection's variables; its output goes to
+// the same construct's field in every copy.
+void VXSnippetSession::startShellCommands(const SnippetEnvironment& environment) {
+    if (!environment.runShellCommands) return;
+    for (const SnippetField& field : m_copies[m_primaryCopy]) {
+        if (!field.alive || !field.awaitsShell) continue;
+        const auto& constant = static_cast<const SNShellConstant&>(*static_cast<const SNConstantConstruct&>(*field.construct).constant);
+        auto job = std::make_shared<ShellJob>();
+        std::thread([job, prefix = constant.prefix, script = constant.script, environment] {
+            std::optional<std::u16string> output = runShellConstant(prefix, script, environment);
+            std::lock_guard lock(job->mutex);
+            job->output = std::move(output);
+            job->finished = true;
+            job->done.notify_all();
+        }).detach();
+        m_jobs.push_back({field.construct.get(), std::move(job)});
+    }
+}
+
+bool VXSnippetSession::takeShellOutput(std::chrono::microseconds wait) {
+    if (m_jobs.empty()) return false;
+    {
+        ShellJob& first = *m_jobs.front().job;
+        std::unique_lock lock(first.mutex);
+        first.done.wait_for(lock, wait, [&] { return first.finished; });
+    }
+    size_t primary = 0;
+    std::vector<Selection> selections = m_view.selections(&primary);
+    bool changed = false;
+    for (auto job = m_jobs.begin(); job != m_jobs.end();) {
+        std::optional<std::u16string> output;
+        {
+            std::lock_guard lock(job->job->mutex);
+            if (!job->job->finished) {
+                ++job;
+                continue;
+            }
+            output = job->job->output;
+        }
+        for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+            for (size_t index = 1; index < m_copies[copy].size(); ++index) {
+                SnippetField& field = m_copies[copy][index];
+                if (!field.alive || !field.awaitsShell || field.construct.get() != job->construct) continue;
+                field.awaitsShell = false;
+                const std::u16string text = constantText(field, output, m_environment);
+                if (m_view.text().substring(field.range) == text) continue;
+                replaceField(copy, static_cast<int>(index), text, selections);
+                changed = true;
+            }
+        }
+        job = m_jobs.erase(job);
+    }
+    if (!changed) return false;
+    m_view.setSelections(primaryFirst(std::move(selections), primary));
+    if (!m_finished) updateMirrors();
+    return true;
+}
+
+void VXSnippetSession::replaceField(size_t copy, int index, const std::u16string& text, std::vector<Selection>& selections) {
+    const Range range = m_copies[copy][static_cast<size_t>(index)].range;
+    m_writing = {copy, index};
+    m_view.replaceText(range, text);
+    m_writing.reset();
+    for (Selection& selection : selections) {
+        selection.anchor = carried(selection.anchor, range, text.size());
+        selection.caret = carried(selection.caret, range, text.size());
+    }
+}
+
 void VXSnippetSession::updateMirrors() {
     size_t primary = 0;
     std::vector<Selection> selections = m_view.selections(&primary);
@@ -205,19 +291,11 @@ void VXSnippetSession::updateMirrors() {
             if (!stop) continue;  // no field of its own: the mirror keeps its default
             const std::u16string text = mirrorText(mirror, m_view.text().substring(stop->range), m_environment);
             if (m_view.text().substring(mirror.range) == text) continue;
-            m_writing = {copy, static_cast<int>(index)};
-            m_view.replaceText(mirror.range, text);
-            m_writing.reset();
-            for (Selection& selection : selections) {
-                selection.anchor = carried(selection.anchor, mirror.range, text.size());
-                selection.caret = carried(selection.caret, mirror.range, text.size());
-            }
+            replaceField(copy, static_cast<int>(index), text, selections);
             changed = true;
         }
     }
-    if (!changed) return;
-    std::rotate(selections.begin(), selections.begin() + static_cast<std::ptrdiff_t>(primary), selections.begin() + static_cast<std::ptrdiff_t>(primary) + 1);
-    m_view.setSelections(selections);
+    if (changed) m_view.setSelections(primaryFirst(std::move(selections), primary));
 }
 
 }  // namespace vx

@@ -13,8 +13,14 @@
 // The session ends when the last field is reached, on cancel(), and when the caret leaves the
 // snippet (checked after every command). It learns of every change of the text through
 // textDidChange, whoever made it, so that its fields keep their places.
+//
+// Shell commands run in the background: the snippet goes in at once with their or-else
+// defaults, and their output replaces that text when it comes (within the commands' time limit),
+// whether or not the fields are still being walked. The owner calls takeShellOutput while
+// hasPendingShellCommands says so (between frames, or before reading the text headless).
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -39,7 +45,10 @@ public:
                                                     const SnippetEnvironment& base, std::vector<Range> ranges = {},
                                                     size_t primary = 0);
 
+    // Whether fields are being walked.
     bool isActive() const { return !m_finished; }
+    // Whether the session still follows the text: fields to walk or output to come.
+    bool isTracking() const { return !m_finished || !m_jobs.empty(); }
     // The number of the field the caret is in, or nothing before the first.
     std::optional<int64_t> currentNumber() const;
 
@@ -55,11 +64,25 @@ public:
     // After each command: mirrors follow their tab stops; a caret outside the snippet ends it.
     void commandDidFinish();
 
+    bool hasPendingShellCommands() const { return !m_jobs.empty(); }
+    // Waits up to `wait` for a shell command to finish, then puts the output of every finished
+    // one in place (through its construct's filters). Answers whether the text changed.
+    bool takeShellOutput(std::chrono::microseconds wait);
+
     // The copies' fields, in document coordinates (for tests and drawing).
     const std::vector<std::vector<SnippetField>>& copies() const { return m_copies; }
 
 private:
+    struct ShellJob;
+    struct PendingShell {
+        const SNConstruct* construct;
+        std::shared_ptr<ShellJob> job;
+    };
+
     VXSnippetSession(VXTextView& view, SnippetEnvironment environment) : m_view(view), m_environment(std::move(environment)) {}
+    void startShellCommands(const SnippetEnvironment& environment);
+    // Replaces a field's text as the session's own edit; the selections are carried along.
+    void replaceField(size_t copy, int index, const std::u16string& text, std::vector<Selection>& selections);
     void updateMirrors();
     bool caretInside() const;
     // Selects the tab stop of m_order[index] at every copy that still has it; false when none does.
@@ -75,6 +98,7 @@ private:
     bool m_finished = false;
     // While the session writes a mirror: the copy and field being written.
     std::optional<std::pair<size_t, int>> m_writing;
+    std::vector<PendingShell> m_jobs;
 };
 
 }  // namespace vx

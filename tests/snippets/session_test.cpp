@@ -198,18 +198,28 @@ TEST_F(SessionTest, ShellConstantsRunInTheFilesFolderWithinTheTimeLimit) {
     SnippetEnvironment environment;
     environment.filePath = u"/tmp/some file.txt";
     environment.runShellCommands = true;
-    expand("%{`pwd`} %{`echo $TM_FILENAME`} %{`printf 'two\\n\\n'`}.", environment);
+    expand("%{`pwd`} %{`echo $TM_FILENAME`} %{`printf 'two\\n\\n'`:\"none yet\"}.", environment);
+    EXPECT_EQ(shown(), "  none yet.|");  // the snippet is in before the commands are done
+    while (session->hasPendingShellCommands()) session->takeShellOutput(std::chrono::milliseconds(100));
     EXPECT_EQ(shown(), "/tmp some file.txt two\n.|");
 
-    // A command that hangs is killed at the limit; its or-else default stands in.
+    // A command that hangs: the snippet is there at once and can be edited; the command is
+    // stopped at its limit and its or-else default stands. The output of the other comes into
+    // its place though the text around it changed.
     open("|");
     environment.shellTimeout = 2.0;
     const auto started = std::chrono::steady_clock::now();
-    expand("[%{`sleep 30`:\"late\"}] %{1:\"next\"}", environment);
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
-    EXPECT_EQ(shown(), "[late] [next]");
+    expand("[%{`sleep 30`:\"late\"}] %{1:\"next\"} %{`sleep 0.2; echo done`}", environment);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(500));
+    EXPECT_EQ(shown(), "[late] [next] ");
     type(u"ok");
-    EXPECT_EQ(shown(), "[late] ok|");
+    EXPECT_EQ(shown(), "[late] ok| ");
+    EXPECT_TRUE(session->hasPendingShellCommands());
+    while (session->hasPendingShellCommands()) session->takeShellOutput(std::chrono::milliseconds(100));
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
+    EXPECT_EQ(shown(), "[late] ok| done");
+    session->nextField();
+    EXPECT_EQ(shown(), "[late] ok done|");
 }
 
 TEST_F(SessionTest, EndsWhenTheCaretLeavesOrOnCancel) {

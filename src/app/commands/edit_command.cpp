@@ -4,6 +4,8 @@
 // own commands and keys, and prints the text and the selections as JSON.
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+
 #include <filesystem>
 
 #include "app/commands/command.hpp"
@@ -79,6 +81,8 @@ void run(const Options& options) {
     } catch (const EditScriptError& error) {
         throw CommandFailure(error.what());
     }
+    // What is still coming in (a snippet's shell output) is part of the result.
+    while (editor.hasBackgroundWork()) editor.doBackgroundWork(std::chrono::milliseconds(100));
     tab.endTyping();
 
     Json out = Json::object();

@@ -155,7 +155,7 @@ void registerEditingCommands(Editor& editor) {
             tab->insertText(e.clipboard());
     });
     editor.addCommand("cancel", onTab([](Tab& t) {
-        t.endSnippetSession();
+        t.cancelSnippetSession();
         t.view().collapseSelections();
     }));
     editor.addCommand("find", startFind);

@@ -134,6 +134,7 @@ void Editor::applyTheme(const std::shared_ptr<VXTheme>& theme) {
 
 bool Editor::hasBackgroundWork() {
     Tab* tab = activeTab();
+    if (tab && tab->hasSnippetOutputPending()) return true;
     if (!tab || !tab->highlighter()) return false;
     uint64_t lastShown = tab->topLine + static_cast<uint64_t>(layout().textRows);
     return !tab->highlighter()->isWithinReach(std::min(lastShown, tab->text().lineCount() - 1));
@@ -141,6 +142,11 @@ bool Editor::hasBackgroundWork() {
 
 void Editor::doBackgroundWork(std::chrono::microseconds budget) {
     Tab* tab = activeTab();
+    // A snippet's shell commands: their output, when it has come, replaces the defaults.
+    if (tab && tab->hasSnippetOutputPending()) {
+        tab->takeSnippetOutput(budget);
+        return;
+    }
     if (!tab || !tab->highlighter()) return;
     uint64_t lastShown = tab->topLine + static_cast<uint64_t>(layout().textRows);
     tab->highlighter()->advance(tab->text(), lastShown, budget);

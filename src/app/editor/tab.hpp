@@ -4,6 +4,7 @@
 // the highlighter, and terminal cells as columns.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -97,10 +98,20 @@ public:
         m_view->redo();
     }
 
-    // The snippet being filled in, while there is one; it follows every edit of the text.
+    // The snippet whose fields are being filled in, while there is one. The last snippet follows
+    // every edit of the text as long as it walks fields or waits for shell output.
     VXSnippetSession* snippetSession() { return m_snippet && m_snippet->isActive() ? m_snippet.get() : nullptr; }
     void startSnippetSession(std::unique_ptr<VXSnippetSession> session) { m_snippet = std::move(session); }
+    // Escape: no more fields to walk; output still to come goes in when it comes.
+    void cancelSnippetSession() {
+        if (m_snippet) m_snippet->cancel();
+    }
+    // Forgets the snippet altogether (undo, redo).
     void endSnippetSession() { m_snippet.reset(); }
+    bool hasSnippetOutputPending() const { return m_snippet && m_snippet->hasPendingShellCommands(); }
+    void takeSnippetOutput(std::chrono::microseconds wait) {
+        if (m_snippet) m_snippet->takeShellOutput(wait);
+    }
     // The scope context at an offset, as the typing aids see it.
     VXContext contextAt(uint64_t offset) { return scopeContextAt(offset); }
 
