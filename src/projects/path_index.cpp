@@ -110,7 +110,7 @@ int pushIgnoreFiles(QuickOpenWalk& walk, const std::string& absolutePath, const 
 }  // namespace
 
 void recurseFiles(const std::string& absolutePath, const std::string& relativePath, QuickOpenWalk& walk,
-                  path_collection& collection, unsigned char entryType) {
+                  unsigned char entryType) {
     const bool isRoot = relativePath.empty();
     if (!isRoot) {
         lowercasePathInto(relativePath, walk.lowerScratch);
@@ -122,8 +122,8 @@ void recurseFiles(const std::string& absolutePath, const std::string& relativePa
                                                    : isDirectoryFollowingLinks(absolutePath);
     if (!isRoot && walk.options.honorIgnoreFiles && walk.ignores.isIgnored(relativePath, isDirectory)) return;
 
-    if (!isRoot && isDirectory == walk.options.directoriesOnly)
-        collection.add(relativePath, walk.lowerScratch, static_cast<uint32_t>(walk.components.size()));
+    if (path_collection* target = isRoot ? nullptr : isDirectory ? walk.directories : walk.files)
+        target->add(relativePath, walk.lowerScratch, static_cast<uint32_t>(walk.components.size()));
     if (!isDirectory) return;
 
     if (entryType != DT_DIR && isSymbolicLink(absolutePath)) return;  // never walk into a link
@@ -140,19 +140,39 @@ void recurseFiles(const std::string& absolutePath, const std::string& relativePa
             childRelative.assign(name);
         else
             childRelative.assign(relativePath).append("/").append(name);
-        recurseFiles(childAbsolute, childRelative, walk, collection, entry->d_type);
+        recurseFiles(childAbsolute, childRelative, walk, entry->d_type);
     }
     for (int i = 0; i < pushed; ++i) walk.ignores.pop();
 }
 
-void VXBuildQuickOpenIndexInto(const std::string& root, path_collection& collection, const QuickOpenWalkOptions& options) {
-    collection.clear();
+namespace {
+
+void walkFromRoot(const std::string& root, QuickOpenWalk& walk) {
     if (root.empty()) return;
-    QuickOpenWalk walk;
-    walk.options = options;
     std::string base = root;
     while (base.size() > 1 && base.back() == '/') base.pop_back();
-    recurseFiles(base, "", walk, collection);
+    recurseFiles(base, "", walk);
+}
+
+}  // namespace
+
+void VXBuildQuickOpenIndexInto(const std::string& root, path_collection& collection, const QuickOpenWalkOptions& options) {
+    collection.clear();
+    QuickOpenWalk walk;
+    walk.options = options;
+    (options.directoriesOnly ? walk.directories : walk.files) = &collection;
+    walkFromRoot(root, walk);
+}
+
+void VXBuildQuickOpenIndexesInto(const std::string& root, path_collection& files, path_collection& directories,
+                                 bool honorIgnoreFiles) {
+    files.clear();
+    directories.clear();
+    QuickOpenWalk walk;
+    walk.options.honorIgnoreFiles = honorIgnoreFiles;
+    walk.files = &files;
+    walk.directories = &directories;
+    walkFromRoot(root, walk);
 }
 
 }  // namespace vx

@@ -89,9 +89,12 @@ struct QuickOpenWalkOptions {
     bool honorIgnoreFiles = true;
 };
 
-// What one walk carries from folder to folder.
+// What one walk carries from folder to folder. It fills the files index, the folders index or both
+// (one walk for both reads each folder once instead of twice).
 struct QuickOpenWalk {
     QuickOpenWalkOptions options;
+    path_collection* files = nullptr;
+    path_collection* directories = nullptr;
     IgnoreStack ignores;
     std::string lowerScratch;
     std::vector<std::string_view> components;
@@ -102,10 +105,14 @@ struct QuickOpenWalk {
 // call for plain files and folders. Links are followed to decide whether a path is a folder but
 // never walked into.
 void recurseFiles(const std::string& absolutePath, const std::string& relativePath, QuickOpenWalk& walk,
-                  path_collection& collection, unsigned char entryType = DT_UNKNOWN);
+                  unsigned char entryType = DT_UNKNOWN);
 
 // Empties the collection, then fills it from the root (when there is one) with the files-only or
 // the folders-only walk. Call it on the collection's queue.
 void VXBuildQuickOpenIndexInto(const std::string& root, path_collection& collection, const QuickOpenWalkOptions& options);
+// Both indexes from one walk; the caller holds both (the folders index may be a private one that
+// is handed to its queue afterwards).
+void VXBuildQuickOpenIndexesInto(const std::string& root, path_collection& files, path_collection& directories,
+                                 bool honorIgnoreFiles);
 
 }  // namespace vx

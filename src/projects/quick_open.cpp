@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <numeric>
 
 #include "platform/unicode.hpp"
@@ -39,12 +40,24 @@ void QuickOpenIndex::rootChanged(const std::string& newRoot, bool force) {
     buildIndex();
 }
 
+// One walk fills both indexes: it runs on the files queue into the files index and a private
+// folders index, which the folders queue takes over once the walk is done. The folders queue
+// waits for it in the meantime, so a folder search posted after this rebuild still sees its result.
 void QuickOpenIndex::buildIndex() {
-    searchIndexFiles.queue.async([this] {
-        VXBuildQuickOpenIndexInto(root(), searchIndexFiles, {false, m_honorsIgnoreFiles});
+    struct Handoff {
+        std::promise<void> done;
+        path_collection directories;
+    };
+    auto handoff = std::make_shared<Handoff>();
+    auto walked = handoff->done.get_future().share();
+    searchIndexFiles.queue.async([this, handoff] {
+        VXBuildQuickOpenIndexesInto(root(), searchIndexFiles, handoff->directories, m_honorsIgnoreFiles);
+        handoff->done.set_value();
     });
-    searchIndexDirectories.queue.async([this] {
-        VXBuildQuickOpenIndexInto(root(), searchIndexDirectories, {true, m_honorsIgnoreFiles});
+    searchIndexDirectories.queue.async([this, handoff, walked] {
+        walked.wait();
+        searchIndexDirectories.items = std::move(handoff->directories.items);
+        searchIndexDirectories.text = std::move(handoff->directories.text);
     });
 }
 

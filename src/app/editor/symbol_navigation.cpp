@@ -12,22 +12,18 @@
 #include "intelligence/kind_map.hpp"
 #include "platform/run_loop.hpp"
 #include "platform/unicode.hpp"
+#include "projects/project.hpp"
+#include "projects/project_root.hpp"
 
 namespace vx::editor {
 namespace {
 
-// The folder of the project a file belongs to: the nearest folder above it that a version-control
-// system or a project file marks, else the file's own folder.
+// The folder of the project a file belongs to: the project quick open would use for it (see
+// VXProjectManager::getOrCreateProjectForURL), so both look at the same files.
 std::string projectRootForFile(const std::string& file) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::path start = fs::path(VXStandardizedPath(file)).parent_path();
-    for (fs::path folder = start; !folder.empty(); folder = folder.parent_path()) {
-        for (const char* marker : {".git", ".hg", ".svn", ".bzr", "_darcs", ".vxproj"})
-            if (fs::exists(folder / marker, error)) return folder.string();
-        if (folder == folder.root_path()) break;
-    }
-    return start.string();
+    if (auto project = VXProjectManager::sharedManager().getOrCreateProjectForURL(file)) return project->directoryURL;
+    bool strong = false;
+    return detectProjectURLForURL(file, strong);
 }
 
 // The projects of this editor's files and their index controllers, made on first use.

@@ -6,6 +6,7 @@
 #include "app/tui/utf8.hpp"
 #include "app/tui/width.hpp"
 #include "platform/unicode.hpp"
+#include "projects/smart_sort.hpp"
 
 namespace vx::editor {
 namespace {
@@ -32,30 +33,12 @@ std::string rowText(const VXSymbol& symbol, size_t nameWidth, const std::string&
     return text + "  " + path + ":" + std::to_string(symbol.rangeLine);
 }
 
-// How well a name answers the query: the same name, then names that begin with it, then names
-// that contain it, then the rest (whose characters merely come in order).
-int closeness(std::string_view name, std::string_view query) {
-    std::string lowerName(name), lowerQuery(query);
-    for (char& c : lowerName) c = lowerAscii(c);
-    for (char& c : lowerQuery) c = lowerAscii(c);
-    if (lowerName == lowerQuery) return 0;
-    if (lowerName.rfind(lowerQuery, 0) == 0) return 1;
-    if (lowerName.find(lowerQuery) != std::string::npos) return 2;
-    return 3;
-}
-
 }  // namespace
 
 std::vector<VXSymbol> rankSymbols(const std::string& query, std::vector<VXSymbol> symbols) {
     if (query.empty()) return symbols;
     std::erase_if(symbols, [&](const VXSymbol& s) { return !containsInOrder(s.name, query); });
-    std::stable_sort(symbols.begin(), symbols.end(), [&](const VXSymbol& a, const VXSymbol& b) {
-        const int ca = closeness(a.name, query), cb = closeness(b.name, query);
-        if (ca != cb) return ca < cb;
-        if (a.name.size() != b.name.size()) return a.name.size() < b.name.size();
-        return a.name < b.name;
-    });
-    return symbols;
+    return smartSort(query, std::move(symbols), [](const VXSymbol& symbol) -> const std::string& { return symbol.name; });
 }
 
 SymbolPanel::SymbolPanel(std::string title, Source source, std::shared_ptr<const uint64_t> news, Choice choice,

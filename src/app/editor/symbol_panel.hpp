@@ -52,8 +52,9 @@ private:
     mutable int m_top = 0;
 };
 
-// The symbols ranked for a query by the symbol-list ranking: names close to the query first,
-// those not containing its characters in order left out; every symbol for an empty query.
+// The symbols ranked for a query by the symbol-list ranking (smartSort: names close to the query,
+// of its case, starting with it first); those not containing its characters in order are left
+// out; every symbol, in its order, for an empty query.
 std::vector<VXSymbol> rankSymbols(const std::string& query, std::vector<VXSymbol> symbols);
 
 }  // namespace vx::editor
