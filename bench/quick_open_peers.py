@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Quick open side by side with the tools people use instead, in one run, with the ratios.
 
-Needs ripgrep, fd-find and fzf (Debian: apt-get install ripgrep fd-find fzf; scripts/install-deps.sh
-installs them) and a release build of vx.
+Needs ripgrep, fd-find and fzf, which only this benchmark uses (Debian: apt-get install ripgrep
+fd-find fzf), and a release build of vx.
 
     bench/quick_open_peers.py [--vx build/release/src/app/vx] [--files 100000] [--runs 5]
 

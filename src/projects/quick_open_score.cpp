@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "projects/edit_distance.hpp"
+
 namespace vx {
 namespace {
 
@@ -63,22 +65,7 @@ std::optional<size_t> findMinimalGappiness(std::string_view component, std::stri
     return least;
 }
 
-size_t levenshteinDistance(std::string_view a, std::string_view b) {
-    if (a.empty()) return b.size();
-    if (b.empty()) return a.size();
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
-}
+size_t levenshteinDistance(std::string_view a, std::string_view b) { return editDistance(a, b); }
 
 double wordStartWalk(std::string_view component, std::string_view lower, std::string_view query) {
     if (query.empty()) return 0.75;

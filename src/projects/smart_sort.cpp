@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "platform/unicode.hpp"
+#include "projects/edit_distance.hpp"
 
 namespace vx {
 namespace {
@@ -15,22 +16,6 @@ std::u16string lowered(std::u16string_view text) {
     std::u16string out(text);
     for (auto& unit : out) unit = foldUnit(unit);
     return out;
-}
-
-// Edit distance with unit costs, positions compared ignoring case (on the folded forms).
-size_t levenshtein(std::u16string_view a, std::u16string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
 }
 
 double caseScore(std::u16string_view query, std::u16string_view lowerQuery, std::u16string_view name,
@@ -71,7 +56,8 @@ std::vector<double> smartcmpScores(const std::string& query, const std::vector<S
     scores.reserve(entries.size());
     for (size_t i = 0; i < entries.size(); ++i) {
         const std::u16string lowerName = lowered(names[i]);
-        const size_t lev = levenshtein(lowerQuery, lowerName);
+        // Positions compare ignoring case: both sides are folded.
+        const size_t lev = editDistance<char16_t>(lowerQuery, lowerName);
         const double closeness = lev == 0 ? 1.0 : 1.0 - static_cast<double>(lev) / static_cast<double>(divisor);
         const double category = entries[i].priorityval ? *entries[i].priorityval / 7.0 : 0.0;
         scores.push_back(closeness + 0.75 * caseScore(q, lowerQuery, names[i], lowerName) +

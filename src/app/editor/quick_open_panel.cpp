@@ -8,7 +8,7 @@
 
 #include "app/editor/editor.hpp"
 #include "app/editor/files.hpp"
-#include "app/tui/utf8.hpp"
+#include "app/editor/list_panel.hpp"
 #include "app/tui/width.hpp"
 #include "platform/run_loop.hpp"
 #include "projects/project.hpp"
@@ -76,13 +76,9 @@ void QuickOpenPanel::search() {
 }
 
 bool QuickOpenPanel::handleKey(Editor& editor, const tui::KeyEvent& key) {
-    using tui::Key;
     const int count = static_cast<int>(m_results->rows.size());
-    const bool plain = !(key.modifiers & (tui::kCtrl | tui::kAlt | tui::kSuper));
-    switch (key.key) {
-    case Key::Escape:
-        return false;
-    case Key::Enter: {
+    if (key.key == tui::Key::Escape) return false;
+    if (key.key == tui::Key::Enter) {
         if (m_selected >= count) return true;
         const ActionPanelGenericItem chosen = m_results->rows[static_cast<size_t>(m_selected)];
         if (isDirectory(chosen.performPath)) {  // a folder in a listing: list it in turn
@@ -93,75 +89,26 @@ bool QuickOpenPanel::handleKey(Editor& editor, const tui::KeyEvent& key) {
         openFile(editor, chosen.performPath);
         return false;
     }
-    case Key::Up:
-        m_selected = std::max(m_selected - 1, 0);
-        return true;
-    case Key::Down:
-        m_selected = std::min(m_selected + 1, std::max(count - 1, 0));
-        return true;
-    case Key::PageUp:
-        m_selected = std::max(m_selected - 10, 0);
-        return true;
-    case Key::PageDown:
-        m_selected = std::min(m_selected + 10, std::max(count - 1, 0));
-        return true;
-    case Key::Backspace:
-        if (!m_query.empty()) {
-            size_t end = m_query.size() - 1;  // the last character, not the last byte
-            while (end > 0 && (static_cast<unsigned char>(m_query[end]) & 0xC0) == 0x80) --end;
-            m_query.erase(end);
-            search();
-        }
-        return true;
-    case Key::Character:
-        if (plain && key.codepoint >= 0x20) {
-            m_query += tui::utf8(key.codepoint);
-            search();
-        }
-        return true;
-    default:
-        return true;
-    }
+    if (moveListSelection(m_selected, count, key)) return true;
+    if (editListQuery(m_query, key)) search();
+    return true;
 }
 
 bool QuickOpenPanel::handlePaste(Editor&, std::string_view text) {
-    for (char c : text)
-        if (c != '\n' && c != '\r') m_query += c;
+    appendToListQuery(m_query, text);
     search();
     return true;
 }
 
 void QuickOpenPanel::draw(tui::Screen& screen, const EditorColors& colors, const Layout& layout) const {
-    const auto& rows = m_results->rows;
     const std::string title = "Open quickly in " + m_root;
-    int widest = tui::stringWidth(title) + 4;
     std::vector<std::string> lines;
-    for (const auto& row : rows) {
-        lines.push_back(row.name + "  " + row.displayPath);
-        widest = std::max(widest, tui::stringWidth(lines.back()) + 4);
-    }
-    const int wanted = std::max(static_cast<int>(lines.size()) + 2, 3);
-    const Box box = drawBox(screen, layout, std::min(widest, 100), wanted, colors.dialog);
-    const int right = box.left + box.width - 1;
-    screen.print(box.left + 2, box.top + 1, title + ": " + m_query, colors.dialogTitle, right);
-    const int visible = std::max(box.rows - 1, 1);
-    if (m_selected < m_top) m_top = m_selected;
-    if (m_selected >= m_top + visible) m_top = m_selected - visible + 1;
-    for (int row = 0; row < visible; ++row) {
-        const int shown = m_top + row;
-        if (shown >= static_cast<int>(lines.size())) break;
-        const int y = box.top + 2 + row;
-        const auto& style = shown == m_selected ? colors.dialogFocus : colors.dialog;
-        if (shown == m_selected) screen.fill(box.left + 1, y, box.width - 2, style);
-        screen.print(box.left + 2, y, lines[static_cast<size_t>(shown)], style, right);
-    }
-    if (lines.empty()) {
-        const char* note = m_query.empty() ? "(type part of a file's path; end with / for a folder)"
-                           : m_results->searching ? "(searching)"
-                                                  : "(no matches)";
-        screen.print(box.left + 2, box.top + 2, note, colors.dialog, right);
-    }
-    screen.setCursor(std::nullopt);
+    for (const auto& row : m_results->rows) lines.push_back(row.name + "  " + row.displayPath);
+    const ListPanelLook look{title + ": " + m_query, tui::stringWidth(title) + 4, 100,
+                             m_query.empty()              ? "(type part of a file's path; end with / for a folder)"
+                             : m_results->searching ? "(searching)"
+                                                          : "(no matches)"};
+    drawListPanel(screen, colors, layout, look, lines, m_selected, m_top);
 }
 
 std::shared_ptr<VXProject> openProjectForPath(const std::string& path) {

@@ -37,7 +37,7 @@ private:
     std::shared_ptr<Results> m_results;
     std::shared_ptr<QuickOpenDelegate> m_delegate;
     int m_selected = 0;
-    mutable int m_top = 0;
+    mutable int m_top = 0;  // the first row shown
 };
 
 // Makes the project of a file or folder the editor's current one: registers it, points quick open

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "app/editor/editor.hpp"
-#include "app/tui/utf8.hpp"
+#include "app/editor/list_panel.hpp"
 #include "app/tui/width.hpp"
 #include "platform/unicode.hpp"
 #include "projects/smart_sort.hpp"
@@ -60,56 +60,25 @@ const std::vector<VXSymbol>& SymbolPanel::rows() const {
 }
 
 bool SymbolPanel::handleKey(Editor& editor, const tui::KeyEvent& key) {
-    using tui::Key;
     const int count = static_cast<int>(rows().size());
-    const bool plain = !(key.modifiers & (tui::kCtrl | tui::kAlt | tui::kSuper));
-    switch (key.key) {
-    case Key::Escape:
-        return false;
-    case Key::Enter: {
+    if (key.key == tui::Key::Escape) return false;
+    if (key.key == tui::Key::Enter) {
         if (m_selected < count) {
             const VXSymbol chosen = m_rows[static_cast<size_t>(m_selected)];
             m_choice(editor, chosen);
         }
         return false;
     }
-    case Key::Up:
-        m_selected = std::max(m_selected - 1, 0);
-        return true;
-    case Key::Down:
-        m_selected = std::min(m_selected + 1, std::max(count - 1, 0));
-        return true;
-    case Key::PageUp:
-        m_selected = std::max(m_selected - 10, 0);
-        return true;
-    case Key::PageDown:
-        m_selected = std::min(m_selected + 10, std::max(count - 1, 0));
-        return true;
-    case Key::Backspace:
-        if (!m_query.empty()) {
-            // Drops the last character, not the last byte.
-            size_t end = m_query.size() - 1;
-            while (end > 0 && (static_cast<unsigned char>(m_query[end]) & 0xC0) == 0x80) --end;
-            m_query.erase(end);
-            m_stale = true;
-            m_selected = 0;
-        }
-        return true;
-    case Key::Character:
-        if (plain && key.codepoint >= 0x20) {
-            m_query += tui::utf8(key.codepoint);
-            m_stale = true;
-            m_selected = 0;
-        }
-        return true;
-    default:
-        return true;
+    if (moveListSelection(m_selected, count, key)) return true;
+    if (editListQuery(m_query, key)) {
+        m_stale = true;
+        m_selected = 0;
     }
+    return true;
 }
 
 bool SymbolPanel::handlePaste(Editor&, std::string_view text) {
-    for (char c : text)
-        if (c != '\n' && c != '\r') m_query += c;
+    appendToListQuery(m_query, text);
     m_stale = true;
     m_selected = 0;
     return true;
@@ -118,31 +87,12 @@ bool SymbolPanel::handlePaste(Editor&, std::string_view text) {
 void SymbolPanel::draw(tui::Screen& screen, const EditorColors& colors, const Layout& layout) const {
     refresh();
     std::vector<std::string> lines;
-    int widest = tui::stringWidth(m_title) + 24;
     size_t nameWidth = 0;
     for (const auto& symbol : m_rows) nameWidth = std::max(nameWidth, std::min<size_t>(symbol.name.size(), 40));
-    for (const auto& symbol : m_rows) {
-        lines.push_back(rowText(symbol, nameWidth, m_root, m_showPaths));
-        widest = std::max(widest, tui::stringWidth(lines.back()) + 2);
-    }
-    const int wanted = std::max(static_cast<int>(lines.size()) + 2, 3);
-    const Box box = drawBox(screen, layout, std::min(widest, 96), wanted, colors.dialog);
-    const int right = box.left + box.width - 1;
-    screen.print(box.left + 2, box.top + 1, m_title + ": " + m_query, colors.dialogTitle, right);
-    const int visible = std::max(box.rows - 1, 1);
-    if (m_selected < m_top) m_top = m_selected;
-    if (m_selected >= m_top + visible) m_top = m_selected - visible + 1;
-    for (int row = 0; row < visible; ++row) {
-        const int shown = m_top + row;
-        if (shown >= static_cast<int>(lines.size())) break;
-        const int y = box.top + 2 + row;
-        const auto& style = shown == m_selected ? colors.dialogFocus : colors.dialog;
-        if (shown == m_selected) screen.fill(box.left + 1, y, box.width - 2, style);
-        screen.print(box.left + 2, y, lines[static_cast<size_t>(shown)], style, right);
-    }
-    if (lines.empty())
-        screen.print(box.left + 2, box.top + 2, m_query.empty() && m_showPaths ? "(type a name)" : "(no symbols)", colors.dialog, right);
-    screen.setCursor(std::nullopt);
+    for (const auto& symbol : m_rows) lines.push_back(rowText(symbol, nameWidth, m_root, m_showPaths));
+    const ListPanelLook look{m_title + ": " + m_query, tui::stringWidth(m_title) + 24, 96,
+                             m_query.empty() && m_showPaths ? "(type a name)" : "(no symbols)"};
+    drawListPanel(screen, colors, layout, look, lines, m_selected, m_top);
 }
 
 }  // namespace vx::editor
