@@ -35,6 +35,31 @@ uint64_t carried(uint64_t position, Range old, uint64_t newLength) {
     return old.location + std::min(position - old.location, newLength);
 }
 
+// The selections carried through replacements made one after another in ascending order (each
+// range in the text as the ones before it left it), in one pass over both.
+void carryThrough(std::vector<Selection>& selections, const std::vector<std::pair<Range, uint64_t>>& edits) {
+    if (edits.empty()) return;
+    std::vector<uint64_t*> ends;
+    for (Selection& selection : selections) {
+        ends.push_back(&selection.anchor);
+        ends.push_back(&selection.caret);
+    }
+    std::sort(ends.begin(), ends.end(), [](const uint64_t* a, const uint64_t* b) { return *a < *b; });
+    int64_t delta = 0;
+    size_t next = 0;
+    for (uint64_t* end : ends) {
+        uint64_t position = static_cast<uint64_t>(static_cast<int64_t>(*end) + delta);
+        while (next < edits.size() && edits[next].first.end() <= position) {
+            const int64_t change = static_cast<int64_t>(edits[next].second) - static_cast<int64_t>(edits[next].first.length);
+            position = static_cast<uint64_t>(static_cast<int64_t>(position) + change);
+            delta += change;
+            ++next;
+        }
+        if (next < edits.size()) position = carried(position, edits[next].first, edits[next].second);
+        *end = position;
+    }
+}
+
 // Puts the primary selection first, as setSelections wants it.
 std::vector<Selection> primaryFirst(std::vector<Selection> selections, size_t primary) {
     std::rotate(selections.begin(), selections.begin() + static_cast<std::ptrdiff_t>(primary),
@@ -128,7 +153,39 @@ std::optional<int64_t> VXSnippetSession::currentNumber() const {
     return m_order[*m_current];
 }
 
+int64_t VXSnippetSession::pendingShift(size_t copy) const {
+    int64_t shift = 0;
+    if (!m_hasShifts) return 0;
+    for (size_t i = copy + 1; i > 0; i -= i & (~i + 1)) shift += m_shiftTree[i];
+    return shift;
+}
+
+void VXSnippetSession::addShiftFrom(size_t copy, int64_t delta) {
+    if (copy >= m_copies.size() || delta == 0) return;
+    if (m_shiftTree.size() != m_copies.size() + 1) m_shiftTree.assign(m_copies.size() + 1, 0);
+    for (size_t i = copy + 1; i < m_shiftTree.size(); i += i & (~i + 1)) m_shiftTree[i] += delta;
+    m_hasShifts = true;
+}
+
+void VXSnippetSession::settle() {
+    if (!m_hasShifts) return;
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        const int64_t shift = pendingShift(copy);
+        if (shift == 0) continue;
+        for (SnippetField& field : m_copies[copy]) field.range.location = static_cast<uint64_t>(static_cast<int64_t>(field.range.location) + shift);
+    }
+    std::fill(m_shiftTree.begin(), m_shiftTree.end(), 0);
+    m_hasShifts = false;
+}
+
+Range VXSnippetSession::rangeOf(size_t copy, size_t index) const {
+    Range range = m_copies[copy][index].range;
+    range.location = static_cast<uint64_t>(static_cast<int64_t>(range.location) + pendingShift(copy));
+    return range;
+}
+
 bool VXSnippetSession::selectNumber(size_t index) {
+    settle();
     const int64_t number = m_order[index];
     std::vector<Selection> selections;
     std::optional<Selection> primary;
@@ -151,6 +208,7 @@ bool VXSnippetSession::selectNumber(size_t index) {
 }
 
 void VXSnippetSession::finishAtEnd() {
+    settle();
     std::vector<Selection> carets;
     for (size_t copy = 0; copy < m_copies.size(); ++copy) {
         const SnippetField& root = m_copies[copy].front();
@@ -181,22 +239,39 @@ bool VXSnippetSession::previousField() {
     return false;
 }
 
+// The copies lie in ascending order without overlapping, and a copy whose snippet was taken
+// out keeps an empty root where it was, so the copies an edit touches are found by bisection;
+// the copies after them only shift.
 void VXSnippetSession::textDidChange(Range newRange, int64_t changeInLength) {
-    if (!isTracking()) return;
+    if (!isTracking() || m_copies.empty()) return;
     const Range old{newRange.location, static_cast<uint64_t>(static_cast<int64_t>(newRange.length) - changeInLength)};
-    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
-        auto& fields = m_copies[copy];
-        const int edited = m_writing && m_writing->first == copy ? m_writing->second
-                                                                 : snippetFieldHolding(fields, old, currentNumber());
-        adjustSnippetFields(fields, old, newRange.length, edited);
+    size_t low = 0, high = m_copies.size();
+    while (low < high) {
+        const size_t middle = (low + high) / 2;
+        if (rangeOf(middle, 0).end() < old.location) low = middle + 1;
+        else high = middle;
     }
+    size_t copy = low;
+    for (; copy < m_copies.size() && rangeOf(copy, 0).location <= old.end(); ++copy) adjustCopy(copy, old, newRange.length);
+    addShiftFrom(copy, changeInLength);
+}
+
+void VXSnippetSession::adjustCopy(size_t copy, Range old, uint64_t newLength) {
+    auto& fields = m_copies[copy];
+    const int64_t shift = pendingShift(copy);
+    for (SnippetField& field : fields) field.range.location = static_cast<uint64_t>(static_cast<int64_t>(field.range.location) + shift);
+    const int edited = m_writing && m_writing->first == copy ? m_writing->second : snippetFieldHolding(fields, old, currentNumber());
+    adjustSnippetFields(fields, old, newLength, edited);
+    SnippetField& root = fields.front();
+    if (!root.alive) root.range = {carried(root.range.location, old, newLength), 0};
+    for (SnippetField& field : fields) field.range.location = static_cast<uint64_t>(static_cast<int64_t>(field.range.location) - shift);
 }
 
 bool VXSnippetSession::caretInside() const {
     const Range caret = m_view.selection().range();
-    for (const auto& fields : m_copies) {
-        const SnippetField& root = fields.front();
-        if (root.alive && root.range.location <= caret.location && caret.end() <= root.range.end()) return true;
+    for (size_t copy = 0; copy < m_copies.size(); ++copy) {
+        const Range root = rangeOf(copy, 0);
+        if (m_copies[copy].front().alive && root.location <= caret.location && caret.end() <= root.end()) return true;
     }
     return false;
 }
@@ -238,7 +313,7 @@ bool VXSnippetSession::takeShellOutput(std::chrono::microseconds wait) {
     }
     size_t primary = 0;
     std::vector<Selection> selections = m_view.selections(&primary);
-    bool changed = false;
+    std::vector<std::pair<Range, uint64_t>> edits;
     for (auto job = m_jobs.begin(); job != m_jobs.end();) {
         std::optional<std::u16string> output;
         {
@@ -255,47 +330,48 @@ bool VXSnippetSession::takeShellOutput(std::chrono::microseconds wait) {
                 if (!field.alive || !field.awaitsShell || field.construct.get() != job->construct) continue;
                 field.awaitsShell = false;
                 const std::u16string text = constantText(field, output, m_environment);
-                if (m_view.text().substring(field.range) == text) continue;
-                replaceField(copy, static_cast<int>(index), text, selections);
-                changed = true;
+                if (m_view.text().substring(rangeOf(copy, index)) == text) continue;
+                replaceField(copy, static_cast<int>(index), text, edits);
             }
         }
         job = m_jobs.erase(job);
     }
-    if (!changed) return false;
+    settle();
+    if (edits.empty()) return false;
+    carryThrough(selections, edits);
     m_view.setSelections(primaryFirst(std::move(selections), primary));
     if (!m_finished) updateMirrors();
     return true;
 }
 
-void VXSnippetSession::replaceField(size_t copy, int index, const std::u16string& text, std::vector<Selection>& selections) {
-    const Range range = m_copies[copy][static_cast<size_t>(index)].range;
+void VXSnippetSession::replaceField(size_t copy, int index, const std::u16string& text, std::vector<std::pair<Range, uint64_t>>& edits) {
+    const Range range = rangeOf(copy, static_cast<size_t>(index));
     m_writing = {copy, index};
     m_view.replaceText(range, text);
     m_writing.reset();
-    for (Selection& selection : selections) {
-        selection.anchor = carried(selection.anchor, range, text.size());
-        selection.caret = carried(selection.caret, range, text.size());
-    }
+    edits.emplace_back(range, text.size());
 }
 
 void VXSnippetSession::updateMirrors() {
     size_t primary = 0;
     std::vector<Selection> selections = m_view.selections(&primary);
-    bool changed = false;
+    std::vector<std::pair<Range, uint64_t>> edits;
     for (size_t copy = 0; copy < m_copies.size(); ++copy) {
         for (size_t index = 1; index < m_copies[copy].size(); ++index) {
-            const SnippetField mirror = m_copies[copy][index];
+            const SnippetField& mirror = m_copies[copy][index];
             if (!mirror.alive || mirror.kind != SnippetField::Kind::Mirror) continue;
             const SnippetField* stop = tabStopOf(m_copies[copy], mirror.number);
             if (!stop) continue;  // no field of its own: the mirror keeps its default
-            const std::u16string text = mirrorText(mirror, m_view.text().substring(stop->range), m_environment);
-            if (m_view.text().substring(mirror.range) == text) continue;
-            replaceField(copy, static_cast<int>(index), text, selections);
-            changed = true;
+            const Range stopRange = rangeOf(copy, static_cast<size_t>(stop - m_copies[copy].data()));
+            const std::u16string text = mirrorText(mirror, m_view.text().substring(stopRange), m_environment);
+            if (m_view.text().substring(rangeOf(copy, index)) == text) continue;
+            replaceField(copy, static_cast<int>(index), text, edits);
         }
     }
-    if (changed) m_view.setSelections(primaryFirst(std::move(selections), primary));
+    settle();
+    if (edits.empty()) return;
+    carryThrough(selections, edits);
+    m_view.setSelections(primaryFirst(std::move(selections), primary));
 }
 
 }  // namespace vx

@@ -70,7 +70,10 @@ public:
     bool takeShellOutput(std::chrono::microseconds wait);
 
     // The copies' fields, in document coordinates (for tests and drawing).
-    const std::vector<std::vector<SnippetField>>& copies() const { return m_copies; }
+    const std::vector<std::vector<SnippetField>>& copies() {
+        settle();
+        return m_copies;
+    }
 
 private:
     struct ShellJob;
@@ -81,8 +84,16 @@ private:
 
     VXSnippetSession(VXTextView& view, SnippetEnvironment environment) : m_view(view), m_environment(std::move(environment)) {}
     void startShellCommands(const SnippetEnvironment& environment);
-    // Replaces a field's text as the session's own edit; the selections are carried along.
-    void replaceField(size_t copy, int index, const std::u16string& text, std::vector<Selection>& selections);
+    // Replaces a field's text as the session's own edit; the replacement joins `edits`.
+    void replaceField(size_t copy, int index, const std::u16string& text, std::vector<std::pair<Range, uint64_t>>& edits);
+    // Edits shift every copy after them. The shifts of copies an edit does not touch wait in a
+    // Fenwick tree (so that typing at 10,000 copies costs 10,000 small updates, not 10,000²) and
+    // are written into the fields by settle().
+    int64_t pendingShift(size_t copy) const;
+    void addShiftFrom(size_t copy, int64_t delta);
+    void settle();
+    Range rangeOf(size_t copy, size_t index) const;
+    void adjustCopy(size_t copy, Range old, uint64_t newLength);
     void updateMirrors();
     bool caretInside() const;
     // Selects the tab stop of m_order[index] at every copy that still has it; false when none does.
@@ -99,6 +110,8 @@ private:
     // While the session writes a mirror: the copy and field being written.
     std::optional<std::pair<size_t, int>> m_writing;
     std::vector<PendingShell> m_jobs;
+    std::vector<int64_t> m_shiftTree;  // 1-based Fenwick tree over the copies
+    bool m_hasShifts = false;
 };
 
 }  // namespace vx

@@ -177,6 +177,25 @@ TEST_F(SessionTest, SeveralSelectionsExpandAndEditTogether) {
     EXPECT_EQ(shown(), "<p>|</p>\n  <p>|</p>");
 }
 
+TEST_F(SessionTest, ManyCopiesStayInStepThroughTypingMirrorsAndWalking) {
+    std::string marked, want;
+    for (int i = 0; i < 40; ++i) {
+        marked += "x" + std::to_string(i) + "|\n";
+        want += "x" + std::to_string(i) + "<longer.name>long-er:name</long-er>|\n";
+    }
+    open(marked);
+    expand("<%{1/(\\w+)-?/$1/g}.%{2:\"n\"}>%{1:\"t\"}:%{2}</%{1}>%{0}");
+    type(u"long-er");
+    session->nextField();
+    type(u"name");
+    view.deleteBackward();  // a backspace at every copy, the mirrors following
+    session->commandDidFinish();
+    type(u"e");
+    session->nextField();
+    EXPECT_EQ(shown(), want);
+    EXPECT_FALSE(session->isActive());
+}
+
 TEST_F(SessionTest, VariablesComeFromTheSelectionTheFileAndTheClipboard) {
     open("int value|;\nnext");
     SnippetEnvironment environment;
