@@ -177,7 +177,7 @@ IndexSummary VXProjectIndexer::indexDirectory(const std::string& directory, cons
     // Taken before any file is read: a file changed while it is being read is read again next time.
     const double passTime = VXSecondsSinceReferenceDate();
 
-    const auto files = VXProjectFilesForIndexing(root);
+    const auto files = m_fileLister ? m_fileLister(root) : VXProjectFilesForIndexing(root);
     summary.scanned = files.size();
     std::unordered_map<std::string, double> lastPass;  // path → newest pass
     m_database.syncWithConnection([&](SqliteConnection& db) {

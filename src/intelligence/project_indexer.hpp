@@ -9,11 +9,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "intelligence/ctags_runner.hpp"
+#include "intelligence/project_files.hpp"
 #include "intelligence/main_database.hpp"
 
 namespace vx {
@@ -46,10 +48,15 @@ public:
 
     // Processes of ctags run side by side during a scan (default: one per processor).
     void setJobs(unsigned jobs) { m_jobs = jobs; }
+    // Which files of a project a scan reads. By default VXProjectFilesForIndexing; the indexer
+    // process gives the project layer's walk, so that the index holds the files quick open lists.
+    using FileLister = std::function<std::vector<ProjectFile>(const std::string& root)>;
+    void setFileLister(FileLister lister) { m_fileLister = std::move(lister); }
 
 private:
     VXXMainDatabase& m_database;
     unsigned m_jobs = 0;
+    FileLister m_fileLister;
 };
 
 }  // namespace vx

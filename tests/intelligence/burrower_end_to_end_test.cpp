@@ -81,6 +81,10 @@ TEST(BurrowerEndToEnd, IndexesChangesDeletionsAndUnsavedText) {
     project.write("node_modules/dep/index.js", "function hidden() {}\n");
     project.write(".git/hooks/x.c", "int hiddenToo(void) { return 0; }\n");
     project.write("README.md", "# Readme\n");
+    // What quick open leaves out is not indexed either: ignored files and build output.
+    project.write(".gitignore", "generated/\n");
+    project.write("generated/out.c", "int generatedThing(void) { return 0; }\n");
+    project.write("build/gen.c", "int builtThing(void) { return 0; }\n");
     for (auto& entry : std::filesystem::recursive_directory_iterator(root))
         if (entry.is_regular_file()) makeOlder(entry.path().string());
 
@@ -98,6 +102,8 @@ TEST(BurrowerEndToEnd, IndexesChangesDeletionsAndUnsavedText) {
     EXPECT_EQ(described(db.symbolsNamed("greet"), root), (std::vector<std::string>{"web/app.js:1:9 function greet"}));
     EXPECT_TRUE(db.symbolsNamed("hidden").empty());
     EXPECT_TRUE(db.symbolsNamed("hiddenToo").empty());
+    EXPECT_TRUE(db.symbolsNamed("generatedThing").empty());
+    EXPECT_TRUE(db.symbolsNamed("builtThing").empty());
     // The regular expression finds the declaration's line again.
     auto step = db.symbolsNamed("step");
     ASSERT_FALSE(step.empty());

@@ -1,6 +1,7 @@
 #include "app/burrower/burrower.hpp"
 
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,6 +16,7 @@
 #include "intelligence/burrower_channel.hpp"
 #include "intelligence/project_indexer.hpp"
 #include "platform/log.hpp"
+#include "projects/path_index.hpp"
 
 namespace vx {
 namespace {
@@ -25,6 +27,26 @@ struct Job {
     std::string directory;
     std::string path, contents, language;  // File jobs
 };
+
+// A project's files as quick open lists them (the same filter of names and folders, the same
+// ignore files), with the modification times the indexer compares with its passes. Links are
+// left out, as the indexer's own walk does: they would index a file twice or one outside.
+std::vector<ProjectFile> filesAsQuickOpenListsThem(const std::string& root) {
+    path_collection listed;
+    listed.queue.sync([&] { VXBuildQuickOpenIndexInto(root, listed, QuickOpenWalkOptions{}); });
+    std::string base = root;
+    while (base.size() > 1 && base.back() == '/') base.pop_back();
+    std::vector<ProjectFile> files;
+    files.reserve(listed.items.size());
+    for (const path_item& item : listed.items) {
+        std::string path = base + "/" + std::string(item.path());
+        struct stat info;
+        if (::lstat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+        const double modified = static_cast<double>(info.st_mtim.tv_sec) + info.st_mtim.tv_nsec / 1e9 - kReferenceDateOffset;
+        files.push_back({std::move(path), modified});
+    }
+    return files;
+}
 
 struct Project {
     std::unique_ptr<VXXMainDatabase> database;
@@ -128,7 +150,9 @@ private:
             return;
         case Job::Kind::Scan: {
             auto& database = open(job);
-            const IndexSummary summary = VXProjectIndexer(database).indexDirectory(job.directory, &cancel);
+            VXProjectIndexer indexer(database);
+            indexer.setFileLister(filesAsQuickOpenListsThem);
+            const IndexSummary summary = indexer.indexDirectory(job.directory, &cancel);
             if (cancel.load()) return;  // suspended or closed: nobody waits for an answer
             reply.userInfo[burrower::kKind] = burrower::kProjectIndexed;
             reply.userInfo[burrower::kFiles] = std::to_string(database.fileCount());
