@@ -69,7 +69,11 @@ void VXProject::startScanning(QuickOpenIndex& index) {
     });
 }
 
-void VXProject::startScanning() { startScanning(ActionPanelFileModule::sharedIndex()); }
+void VXProject::startScanning() {
+    QuickOpenIndex& index = ActionPanelFileModule::sharedIndex();
+    index.setHonorsIgnoreFiles(quickOpenHonorsIgnoreFiles());
+    startScanning(index);
+}
 
 void VXProject::stopScanning() {
     isActive = false;

@@ -53,6 +53,7 @@ public:
     // the tree: files and folders created, deleted or renamed show up after a short quiet period.
     // stopScanning lets it go.
     void startScanning(QuickOpenIndex& index);
+    // The same on the editor's shared index, with the user's choice about ignore files.
     void startScanning();
     void stopScanning();
 

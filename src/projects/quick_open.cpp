@@ -2,8 +2,6 @@
 
 #include <dirent.h>
 #include <sys/stat.h>
-#include <tbb/parallel_for.h>
-#include <tbb/parallel_sort.h>
 #include <unicode/coll.h>
 #include <unicode/locid.h>
 
@@ -12,6 +10,7 @@
 #include <chrono>
 #include <future>
 #include <numeric>
+#include <thread>
 
 #include "platform/unicode.hpp"
 #include "platform/user_defaults.hpp"
@@ -105,6 +104,25 @@ struct Candidate {
 
 constexpr size_t kRowLimit = 100;   // rows are inserted until their count exceeds this
 constexpr size_t kMatchChunk = 4096;
+constexpr size_t kScoreChunk = 256;
+
+// Sorts on every core: runs sorted side by side, then merged pairwise, each round side by side.
+template <class T, class Less>
+void concurrentSort(std::vector<T>& items, Less less) {
+    const size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    const size_t runs = std::min(cores, items.size() / kMatchChunk + 1);
+    std::vector<size_t> bounds(runs + 1);
+    for (size_t r = 0; r <= runs; ++r) bounds[r] = items.size() * r / runs;
+    concurrentApply(runs, [&](size_t r) { std::sort(items.begin() + bounds[r], items.begin() + bounds[r + 1], less); });
+    for (size_t width = 1; width < runs; width *= 2) {
+        const size_t merges = (runs + 2 * width - 1) / (2 * width);
+        concurrentApply(merges, [&](size_t m) {
+            const size_t first = m * 2 * width, middle = std::min(first + width, runs), last = std::min(first + 2 * width, runs);
+            if (middle < last)
+                std::inplace_merge(items.begin() + bounds[first], items.begin() + bounds[middle], items.begin() + bounds[last], less);
+        });
+    }
+}
 
 // Step 5 a-c of the search for one item: the length pre-check and the right-to-left match of
 // the components, with the last query component required to match the last path component.
@@ -175,7 +193,7 @@ void runSearch(const SearchJob& job, path_collection& collection, const std::str
     const size_t chunks = (count + kMatchChunk - 1) / kMatchChunk;
     std::vector<std::vector<Candidate>> found(chunks);
     std::atomic<bool> delegateGone{false};
-    tbb::parallel_for(size_t{0}, chunks, [&](size_t chunk) {
+    concurrentApply(chunks, [&](size_t chunk) {
         const size_t end = std::min(count, (chunk + 1) * kMatchChunk);
         for (size_t i = chunk * kMatchChunk; i < end; ++i) {
             if (job.delegate.expired()) {
@@ -193,8 +211,11 @@ void runSearch(const SearchJob& job, path_collection& collection, const std::str
     for (auto& part : found) results.insert(results.end(), part.begin(), part.end());
 
     const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-    tbb::parallel_for(size_t{0}, results.size(), [&](size_t i) { scoreCandidate(results[i], job.components, root, now); });
-    tbb::parallel_sort(results.begin(), results.end(), [](const Candidate& a, const Candidate& b) {
+    concurrentApply((results.size() + kScoreChunk - 1) / kScoreChunk, [&](size_t chunk) {
+        const size_t end = std::min(results.size(), (chunk + 1) * kScoreChunk);
+        for (size_t i = chunk * kScoreChunk; i < end; ++i) scoreCandidate(results[i], job.components, root, now);
+    });
+    concurrentSort(results, [](const Candidate& a, const Candidate& b) {
         if (a.score != b.score) return a.score > b.score;
         return a.item->path() < b.item->path();
     });

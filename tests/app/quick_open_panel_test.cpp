@@ -10,6 +10,7 @@
 #include "app/editor/quick_open_panel.hpp"
 #include "app/editor/session.hpp"
 #include "platform/run_loop.hpp"
+#include "platform/user_defaults.hpp"
 #include "projects/project.hpp"
 #include "support/temp_dir.hpp"
 
@@ -64,6 +65,25 @@ TEST_F(QuickOpen, CtrlPFindsFilesOfTheActiveFilesProjectAndListsFolders) {
     session.send("<ctrl+p>guide<escape>");
     EXPECT_FALSE(session.editor().hasModal());
     EXPECT_EQ(session.editor().tabCount(), 3u);
+}
+
+TEST_F(QuickOpen, IgnoreFilesCountUnlessTheUserSaysOtherwise) {
+    for (const char* folder : {"first", "second"}) {
+        m_files.write(std::string(folder) + "/.gitignore", "*.log\n");
+        m_files.write(std::string(folder) + "/noise.log", "x");
+        m_files.write(std::string(folder) + "/kept.txt", "x");
+    }
+    Session session(80, 12);
+    openStartupPaths(session.editor(), {m_root + "/first"});
+    session.send("noise");
+    ASSERT_TRUE(waitFor(session, "(no matches)"));
+    session.send("<escape>");
+
+    UserDefaults::standardUserDefaults().setBool(kVXQuickOpenHonorsIgnoreFiles, false);
+    openStartupPaths(session.editor(), {m_root + "/second"});
+    session.send("noise");
+    EXPECT_TRUE(waitFor(session, "noise.log"));
+    UserDefaults::standardUserDefaults().removeObjectForKey(kVXQuickOpenHonorsIgnoreFiles);
 }
 
 }  // namespace

@@ -45,6 +45,20 @@ TEST(QuickOpenSearch, ShortQueriesStopAtTheCutOffs) {
         EXPECT_EQ(quickOpenRows(index, "ab").empty(), count >= 5001) << count;
         EXPECT_EQ(quickOpenRows(index, "ab1").size(), 101u) << count;  // rows stop once they exceed 100
     }
+    // Thousands of candidates are sorted in runs side by side and merged: the rows still come in
+    // score order, equal scores in path order, and the best one, last in the index, comes first.
+    QuickOpenIndex index;
+    std::vector<std::string> files;
+    for (size_t i = 0; i < 12000; ++i) files.push_back("d" + std::to_string(i % 7) + "/abc" + std::to_string(i) + ".c");
+    files.push_back("abc");
+    fill(index, files);
+    const auto rows = quickOpenRows(index, "abc");
+    ASSERT_EQ(rows.size(), 101u);
+    EXPECT_EQ(rows[0].displayPath, "abc");
+    for (size_t i = 1; i < rows.size(); ++i)
+        EXPECT_TRUE(rows[i - 1].score > rows[i].score ||
+                    (rows[i - 1].score == rows[i].score && rows[i - 1].displayPath < rows[i].displayPath))
+            << i;
 }
 
 TEST(QuickOpenSearch, MatchingRules) {
