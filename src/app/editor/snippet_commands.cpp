@@ -30,8 +30,9 @@ VXSnippetSession* liveSession(Tab& tab) {
     return tab.snippetSession();
 }
 
-// Expands the snippet whose trigger is the word before the primary caret, at every caret with
-// the same word before it; false when no snippet has that trigger here.
+// Expands the snippet whose trigger is the word before the primary caret, at every selection:
+// the trigger word goes where it stands before a caret, elsewhere the snippet takes the
+// selection's place (no selection is lost). False when no snippet has that trigger here.
 bool expandTrigger(Editor& editor, Tab& tab) {
     const Selection primary = tab.view().selection();
     if (!primary.isEmpty()) return false;
@@ -47,11 +48,9 @@ bool expandTrigger(Editor& editor, Tab& tab) {
     const auto selections = tab.view().selections(&primaryIndex);
     for (size_t i = 0; i < selections.size(); ++i) {
         const Selection& selection = selections[i];
-        if (!selection.isEmpty()) continue;
-        const Range here = triggerBeforeCaret(text, selection.caret);
-        if (text.substring(here) != trigger) continue;
+        const Range here = selection.isEmpty() ? triggerBeforeCaret(text, selection.caret) : selection.range();
         if (i == primaryIndex) primaryRange = ranges.size();
-        ranges.push_back(here);
+        ranges.push_back(text.substring(here) == trigger ? here : selection.range());
     }
     start(editor, tab, item->text, std::move(ranges), primaryRange);
     return true;
