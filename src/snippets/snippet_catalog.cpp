@@ -12,7 +12,9 @@ namespace vx {
 const VXSnippetCatalog& VXSnippetCatalog::sharedCatalog() {
     static const VXSnippetCatalog catalog = [] {
         VXSnippetCatalog loaded;
-        loaded.loadTruffleDirectories({bundledTrufflesDirectory(), userTrufflesDirectory()});
+        // The user's first: between equally good matches the earlier snippet wins, and a snippet
+        // of your own with a bundled one's trigger and scope should replace it.
+        loaded.loadTruffleDirectories({userTrufflesDirectory(), bundledTrufflesDirectory()});
         return loaded;
     }();
     return catalog;

@@ -8,9 +8,10 @@
 //         }]))
 //
 // One file holds any number of snippets. A snippet without a text is skipped; one without a
-// trigger is inserted by name only. Bundled truffles are read first, then the user's; files in
-// name order within a folder, snippets in file order. Among the snippets that fit, the
-// best-match rule of scope selectors chooses, ties going to the one read first.
+// trigger is inserted by name only. The user's truffles are read first, then the bundled ones;
+// files in name order within a folder, snippets in file order. Among the snippets that fit, the
+// best-match rule of scope selectors chooses, ties going to the one read first (so a snippet of
+// your own replaces a bundled one with the same trigger and scope).
 #pragma once
 
 #include <string>
@@ -33,7 +34,7 @@ struct VXSnippetItem {
 
 class VXSnippetCatalog {
 public:
-    // The bundled and the user's truffles, read once.
+    // The user's and the bundled truffles, read once.
     static const VXSnippetCatalog& sharedCatalog();
 
     void loadTruffleDirectories(const std::vector<std::string>& directories);
