@@ -82,6 +82,20 @@ TEST(SnippetCatalog, TheBestMatchingSelectorChoosesAndTiesGoToTheFirstRead) {
     EXPECT_EQ(names, std::vector<std::string>{"anywhere"});
 }
 
+TEST(SnippetCatalog, YourOwnSnippetReplacesABundledOneWithTheSameTriggerAndScope) {
+    test::TempDir home;
+    home.write("Truffles/Mine/Snippets/python.selfml",
+               "(scope [source.python - comment - string])\n(snippet (name [my for]) (trigger for) (text [for mine]))\n");
+    ::setenv("VX_HOME", home.path().c_str(), 1);
+    const VXSnippetCatalog& shared = VXSnippetCatalog::sharedCatalog();
+    const VXSnippetItem* item = shared.snippetForTrigger(u"for", contextOf({"source.python"}));
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->name, "my for");
+    item = shared.snippetForTrigger(u"while", contextOf({"source.python"}));
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->name, "while loop");  // the bundled ones are there too
+}
+
 TEST(SnippetTrigger, IsTheWholeRunOfWordCharactersBeforeTheCaret) {
     test::StringText text(u"  for x.if xfor é_1");
     auto trigger = [&](uint64_t caret) { return utf8FromUtf16(text.substring(triggerBeforeCaret(text, caret))); };
