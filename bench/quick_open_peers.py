@@ -16,12 +16,13 @@ Cases:
      whole job, index and query from nothing, against `rg --files | fzf --filter`.
   4. Memory: vx's peak resident size (its own VmHWM, printed by --timing) on the generated tree
      less that on a 100-file tree, per indexed path (files and folders), beyond the path text.
-Measured on the 2-core development machine (shared with other work), 100,000 files:
-  indexing   vx 168 ms CPU / 298 ms wall; rg --files 385 / 405; fdfind 237 / 290
-  /usr       vx 256 / 394; rg 527 / 559; fdfind 370 / 562 (vx leaves out what its filter drops)
-  one query  vx search 8.4 ms CPU / 12.3 ms wall; fzf --filter 36 / 57
-  whole job  vx 169 / 262; rg --files | fzf --filter 377 / 381
-  memory     59.5 bytes a path beyond the path text (the lower-cased copy included)
+Measured on the 2-core development machine while other builds ran (load average about 6),
+100,000 files, CPU / wall in ms:
+  indexing   vx 173 / 263; rg --files 275 / 416; fdfind 246 / 375
+  /usr       vx 278 / 483; rg 488 / 715; fdfind 423 / 653 (vx leaves out what its filter drops)
+  one query  vx search 8.8 / 12.9; fzf --filter 39 / 63
+  whole job  vx 179 / 273; rg --files | fzf --filter 405 / 567
+  memory     59 bytes a path beyond the path text (the lower-cased copy included)
 Times are medians over --runs; CPU is user + system of the process and its threads (the peers use
 every core, as vx does), wall is elapsed. A ratio below 1 means vx took less.
 """
