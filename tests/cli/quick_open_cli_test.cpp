@@ -48,6 +48,14 @@ TEST(QuickOpenCli, QueriesListsAndJson) {
     EXPECT_GT(first[0]["score"].get<double>(), 1.0);
     EXPECT_EQ(json.out.substr(json.out.find('\n') + 1), "[]\n");
 
+    // --timing reports on standard error only; the rows stay as they were.
+    auto timed = runCommand({VX_BINARY, "quick-open", root, "--timing", "vie"});
+    ASSERT_EQ(timed.status, 0) << timed.err;
+    EXPECT_EQ(timed.out, result.out.substr(0, result.out.find("Q: zzz")));
+    EXPECT_TRUE(std::regex_search(timed.err, std::regex("^index\t3\t2\t[0-9.]+\t[0-9.]+\nsearch\tvie\t[0-9.]+\t[0-9.]+\n"
+                                                        "memory\t[1-9][0-9]*\n$")))
+        << timed.err;
+
     auto missing = runCommand({VX_BINARY, "quick-open", root + "/absent", "x"});
     EXPECT_NE(missing.status, 0);
     EXPECT_EQ(missing.out, "");
