@@ -31,6 +31,9 @@ TEST(CommandLineMistakes, ThemeThatIsNotATheme) {
     const std::string notTheme = dir.write("notes.selfml", "(shopping (list eggs milk))\n");
     expectOneLineError(runCommand({VX_BINARY, "highlight", source, "--theme", notTheme, "--format", "ansi"}),
                        "not a theme");
+    expectOneLineError(runCommand({VX_BINARY, "theme", "zone", notTheme, "source.c"}), "not a theme");
+    auto fine = runCommand({VX_BINARY, "theme", "zone", "Nightfall", "source.c comment.line"});
+    EXPECT_EQ(fine.status, 0) << fine.err;
 }
 
 TEST(CommandLineMistakes, PathsThatAreNotFiles) {

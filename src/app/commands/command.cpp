@@ -1,5 +1,6 @@
 #include "app/commands/command.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "platform/file_cache.hpp"
+#include "selectors/theme.hpp"
 
 namespace vx::cli {
 namespace {
@@ -46,6 +48,17 @@ std::string readInputFile(const std::string& path) {
 void writeOutput(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
+}
+
+std::shared_ptr<VXTheme> loadThemeOrFail(const std::string& nameOrPath) {
+    auto theme = loadTheme(nameOrPath);
+    if (!theme) throw CommandFailure("unknown theme: " + nameOrPath);
+    const bool coloured = std::any_of(theme->zonesArray.begin(), theme->zonesArray.end(), [&](const auto& zone) {
+        const VXAttrDict look = theme->attributesForZone(zone);
+        return look.foreground.alpha > 0 || look.background.alpha > 0;
+    });
+    if (!coloured) throw CommandFailure(nameOrPath + ": not a theme (no colours could be read from it)");
+    return theme;
 }
 
 }  // namespace vx::cli

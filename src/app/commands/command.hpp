@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -28,6 +29,18 @@ void registerAllCommands(CLI::App& app);
 
 // Reads FILE, or standard input when FILE is "-"; throws CommandFailure naming the file.
 std::string readInputFile(const std::string& path);
+
+}  // namespace vx::cli
+
+namespace vx {
+class VXTheme;
+}
+
+namespace vx::cli {
+
+// A bundled theme's name or a theme file's path, loaded; throws CommandFailure when there is no
+// such theme, or when the file gives no colour at all (a grammar, some other file).
+std::shared_ptr<VXTheme> loadThemeOrFail(const std::string& nameOrPath);
 
 // Writes the whole output to standard output.
 void writeOutput(const std::string& text);

@@ -80,14 +80,7 @@ struct Look {
 
 class ThemeLooks {
 public:
-    explicit ThemeLooks(const std::string& name) : m_theme(loadTheme(name)) {
-        if (!m_theme) throw CommandFailure("unknown theme: " + name);
-        // A file that gives no colour at all is not a theme (a grammar, a path to some other file).
-        const bool coloured = std::any_of(m_theme->zonesArray.begin(), m_theme->zonesArray.end(), [&](const auto& zone) {
-            const VXAttrDict look = m_theme->attributesForZone(zone);
-            return look.foreground.alpha > 0 || look.background.alpha > 0;
-        });
-        if (!coloured) throw CommandFailure(name + ": not a theme (no colours could be read from it)");
+    explicit ThemeLooks(const std::string& name) : m_theme(loadThemeOrFail(name)) {
         const VXAttrDict defaults = m_theme->attributesForZone(m_theme->defaultZone);
         // A theme without default colours draws light on dark.
         m_page.background = defaults.background.alpha > 0 ? over(defaults.background, {0, 0, 0}) : Rgb{0x1e, 0x1e, 0x1e};

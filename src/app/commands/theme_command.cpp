@@ -30,8 +30,7 @@ void registerTheme(CLI::App& app) {
     zone->add_option("THEME", zoneTheme, "A bundled theme's name or a theme file's path")->required();
     zone->add_option("SCOPES", zoneScopes, "Space-separated scopes, outermost first")->required();
     zone->callback([] {
-        auto loaded = loadTheme(zoneTheme);
-        if (!loaded) throw CommandFailure("unknown theme: " + zoneTheme);
+        auto loaded = loadThemeOrFail(zoneTheme);
         auto picked = loaded->zoneForContext(contextFromScopes(zoneScopes));
         nlohmann::ordered_json out;
         out["selector"] = picked->selectorString();
