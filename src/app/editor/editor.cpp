@@ -428,11 +428,11 @@ void Editor::drawText(tui::Screen& screen, const Layout& l) {
                 screen.put(x, y, ch.codepoint, style, textLeft + static_cast<int>(right - left));
             }
             return true;
-        });
+        }, left);
         // A selection that takes in the line break shows one cell past the line's end, and so
         // does a secondary caret there.
-        uint64_t endColumn = columnForOffset(lineText, lineText.size(), tabSize);
         bool breakSelected = isSelected(content.end()) && content.end() < text.length();
+        uint64_t endColumn = breakSelected || isCaret(content.end()) ? columnForOffset(lineText, lineText.size(), tabSize) : 0;
         if ((breakSelected || isCaret(content.end())) && endColumn >= left && endColumn < right) {
             tui::Style style = lineStyle;
             if (breakSelected) style.background = m_colors.selection;

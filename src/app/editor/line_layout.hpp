@@ -17,8 +17,11 @@ struct LaidOutCharacter {
     char32_t codepoint;
 };
 
-// Calls `visit` for every character in order; stops early when it answers false.
-void layoutLine(std::u16string_view line, int tabSize, const std::function<bool(const LaidOutCharacter&)>& visit);
+// Calls `visit` for every character in order; stops early when it answers false. Characters that
+// end at or before `fromColumn` (those wholly left of a horizontally scrolled view) are passed
+// over without a visit; the columns of the others are as without it.
+void layoutLine(std::u16string_view line, int tabSize, const std::function<bool(const LaidOutCharacter&)>& visit,
+                uint64_t fromColumn = 0);
 
 uint64_t columnForOffset(std::u16string_view line, uint64_t offset, int tabSize);
 // The offset of the character under `column` (the one it starts in), or the line's length past
