@@ -7,29 +7,20 @@
 #include <string>
 
 #include "document/single_file_document.hpp"
+#include "editing/document_text_buffer.hpp"
 #include "editing/text_view.hpp"
 
 namespace vx::bench {
 
-class StorageBuffer final : public TextBuffer {
+class StorageBuffer final : public DocumentTextBuffer {
 public:
-    explicit StorageBuffer(VXSingleFileDocument& document) : m_document(document) {}
-    const VXTextStorage& storage() const { return m_document.contents(); }
-    uint64_t length() const override { return storage().length(); }
-    std::u16string substring(Range range) const override { return storage().substring(range); }
-    char16_t characterAt(uint64_t offset) const override { return storage().characterAtIndex(offset); }
-    uint64_t lineCount() const override { return storage().lineCount(); }
-    uint64_t lineStart(uint64_t line) const override { return storage().lineRange(line).location; }
-    uint64_t lineForOffset(uint64_t offset) const override { return storage().lineIndexForPosition(offset); }
+    using DocumentTextBuffer::DocumentTextBuffer;
     void replace(Range range, std::u16string_view text) override {
-        m_document.contents().replaceCharactersInRange(range, text);
+        DocumentTextBuffer::replace(range, text);
         if (onReplace) onReplace({range.location, text.size()}, static_cast<int64_t>(text.size()) - static_cast<int64_t>(range.length));
     }
     // Told of every replacement: where the new text lies and the change in length.
     std::function<void(Range, int64_t)> onReplace;
-
-private:
-    VXSingleFileDocument& m_document;
 };
 
 class Host final : public TextViewHost {

@@ -49,6 +49,10 @@ public:
     virtual std::vector<std::string> scopesAtLocation(uint64_t location) = 0;
     // The active theme's attributes for its default zone; nothing when there is no theme.
     virtual std::optional<TextAttributes> defaultZoneAttributes() = 0;
+    // Edits between these two (nested pairs count as one) make one change, such as a keystroke at
+    // many carets: each still comes through recomputeCache, but the work may wait for the end.
+    virtual void beginEditBatch() {}
+    virtual void endEditBatch() {}
     // Called before the document replaces its text storage by another (opening, reverting): work
     // still reading the old storage must stop. recomputeCache with `fully` follows.
     virtual void willReplaceContents() {}

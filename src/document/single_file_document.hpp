@@ -47,6 +47,13 @@ public:
     // --- the layers above ---
     void setLanguageChooser(LanguageChooser* chooser) { m_languageChooser = chooser; }
     void setHighlighter(HighlightingHook* highlighter) { m_highlighter = highlighter; }
+    // The edits until endEditBatch make one change (a keystroke at many carets), for the highlighter.
+    void beginEditBatch() {
+        if (m_highlighter) m_highlighter->beginEditBatch();
+    }
+    void endEditBatch() {
+        if (m_highlighter) m_highlighter->endEditBatch();
+    }
     void setSyntaxHighlightingEnabled(bool enabled) { m_highlightingEnabled = enabled; }
     // Views showing the document; the last one added is the current one.
     void addView(DocumentView* view);

@@ -37,6 +37,8 @@ void VXTextStorage::releaseGroup() {
 
 void VXTextStorage::replaceCharactersInRange(Range range, std::u16string_view text) {
     VX_ASSERT(range.end() <= length());
+    if (!m_changes) m_changes.emplace(length());
+    m_changes->replace(range, text);
     takeGroup();
     m_text.replace(range, text, ChunkedText::kInherit);
     releaseGroup();
@@ -62,6 +64,19 @@ void VXTextStorage::addAttribute(const std::string& name, const PropertyValue& v
     });
     releaseGroup();
     edited(kTextStorageEditedAttributes, range, 0);
+}
+
+const Transaction& VXTextStorage::editedTransaction() const {
+    if (!m_changes) m_changes.emplace(length());
+    return m_changes->forward();
+}
+
+void VXTextStorage::applyTransaction(const Transaction& change) {
+    VX_ASSERT(change.lengthBefore() == length());
+    if (change.isIdentity()) return;
+    beginEditing();
+    change.applyInOrder([this](Range range, std::u16string_view text) { replaceCharactersInRange(range, text); });
+    endEditing();
 }
 
 void VXTextStorage::beginEditing() {
@@ -105,6 +120,7 @@ void VXTextStorage::processEditing() {
     m_editedMask = 0;
     m_editedRange = {};
     m_changeInLength = 0;
+    m_changes.reset();
 }
 
 }  // namespace vx

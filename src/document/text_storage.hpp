@@ -6,7 +6,8 @@
 // old), or the attributes flag with the range and 0. Edits made between beginEditing and endEditing
 // are gathered and processed once at endEditing; otherwise each edit is processed at once.
 // Processing calls the delegate's textStorageWillProcessEditing and textStorageDidProcessEditing
-// with editedMask, editedRange (in the new text) and changeInLength set.
+// with editedMask, editedRange (in the new text) and changeInLength set, and with the character
+// changes as one transaction over the text as it was before them (editedTransaction).
 //
 // Threads: the main thread edits; background readers (highlighting, indexing) take the dispatch
 // group with waitAndEnter and give it back with leave. An edit takes the group the same way, so a
@@ -16,11 +17,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "document/chunked_text.hpp"
 #include "document/text_attributes.hpp"
+#include "document/transaction.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/range.hpp"
 
@@ -81,11 +84,15 @@ public:
     void endEditing();
     bool isBlocked() const { return m_batchDepth > 0; }
 
-    // Records an edit (normally called by the changing methods above).
-    void edited(unsigned mask, Range oldRange, int64_t changeInLength);
     unsigned editedMask() const { return m_editedMask; }
     Range editedRange() const { return m_editedRange; }
     int64_t changeInLength() const { return m_changeInLength; }
+    // The characters changed by the edits being processed; the identity when only attributes changed.
+    const Transaction& editedTransaction() const;
+    // Makes the changes of `change` (a transaction over the text as it is now), last first, as one
+    // batch of edits: only the changed characters are replaced, so what follows the text elsewhere
+    // (selections, highlighted lines) moves with the rest.
+    void applyTransaction(const Transaction& change);
 
     // --- background readers ---
     DispatchGroup& dgroup() { return m_group; }
@@ -104,6 +111,7 @@ private:
     void takeGroup();
     void releaseGroup();
     void processEditing();
+    void edited(unsigned mask, Range oldRange, int64_t changeInLength);
 
     ChunkedText m_text;
     TextAttributeTable m_attributes;
@@ -113,6 +121,8 @@ private:
     unsigned m_editedMask = 0;
     Range m_editedRange;
     int64_t m_changeInLength = 0;
+    // The character changes since the last processing; built on first use.
+    mutable std::optional<TransactionBuilder> m_changes;
 };
 
 // Fills a new storage quickly, before anyone observes it (used by the file reader).

@@ -25,6 +25,10 @@ public:
     virtual uint64_t lineStart(uint64_t line) const = 0;
     virtual uint64_t lineForOffset(uint64_t offset) const = 0;
     virtual void replace(Range range, std::u16string_view text) = 0;
+    // Replacements between these two belong to one edit (a keystroke at many carets): a text that
+    // others follow may let them do their work once, at the end. Nested pairs count as one.
+    virtual void beginBatch() {}
+    virtual void endBatch() {}
 
     // The line's text without its line break.
     Range lineContentRange(uint64_t line) const {
@@ -36,6 +40,18 @@ public:
     }
     std::u16string lineText(uint64_t line) const { return substring(lineContentRange(line)); }
     std::u16string text() const { return substring({0, length()}); }
+};
+
+// Holds a text's batch open for a scope.
+class TextBatch {
+public:
+    explicit TextBatch(TextBuffer& text) : m_text(text) { m_text.beginBatch(); }
+    ~TextBatch() { m_text.endBatch(); }
+    TextBatch(const TextBatch&) = delete;
+    TextBatch& operator=(const TextBatch&) = delete;
+
+private:
+    TextBuffer& m_text;
 };
 
 }  // namespace vx

@@ -13,8 +13,6 @@ namespace vx {
 
 namespace {
 
-using editing::Replacement;
-using editing::Transaction;
 
 bool isBlank(std::u16string_view line) {
     return line.find_first_not_of(u" \t") == std::u16string_view::npos;
@@ -54,7 +52,7 @@ bool applyReplacements(VXRecipe& recipe, const std::vector<Replacement>& replace
     if (replacements.empty()) return false;
     Transaction change = Transaction::fromReplacements(recipe.length(), replacements);
     Range selection = change.mapRange(recipe.selection());
-    change.applyBackwards([&](Range range, std::u16string_view text) { recipe.replaceTextInRange(range, text); });
+    change.applyInOrder([&](Range range, std::u16string_view text) { recipe.replaceTextInRange(range, text); });
     recipe.setSelection(selection);
     return true;
 }

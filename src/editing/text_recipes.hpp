@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "editing/recipe.hpp"
-#include "editing/transaction.hpp"
+#include "document/transaction.hpp"
 
 namespace vx {
 
 // Applies replacements (ascending, in the current text's coordinates) as one change and carries
 // the selection through it; false when there is nothing to replace.
-bool applyReplacements(VXRecipe& recipe, const std::vector<editing::Replacement>& replacements);
+bool applyReplacements(VXRecipe& recipe, const std::vector<Replacement>& replacements);
 
 // Comments the lines out with the line comment marker, or back in when every non-blank line has it.
 // Without a line marker the lines are wrapped in the block markers.

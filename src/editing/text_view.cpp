@@ -9,7 +9,6 @@ namespace vx {
 
 namespace {
 
-using editing::Transaction;
 
 // Line breaks of inserted text become `lineBreak`: CRLF, CR and LF alike.
 std::u16string withLineBreaks(std::u16string_view text, std::u16string_view lineBreak) {
@@ -85,14 +84,10 @@ void VXTextView::setSelections(const std::vector<Selection>& selections) {
 
 // --- undo steps ---
 
-VXTextView::UndoStep::UndoStep() = default;
-
 void VXTextView::beginEdit(Run run) {
     if (m_step && (run == Run::None || run != m_run)) endTyping();
     if (!m_step) {
-        m_step.emplace();
-        m_step->forward = m_step->inverse = Transaction(m_text.length());
-        m_step->before = m_multicursor.multicursorState();
+        m_step.emplace(TransactionBuilder(m_text.length(), true), m_multicursor.multicursorState());
     }
     m_run = run;
 }
@@ -101,49 +96,14 @@ void VXTextView::finishEdit() {
     if (m_run == Run::None) endTyping();
 }
 
-void VXTextView::record(Range range, std::u16string old, std::u16string_view text) {
-    UndoStep& step = *m_step;
-    if (!step.batch.empty() && range.location < step.batchEnd) flushBatch();
-    if (step.batch.empty()) {
-        step.batchLength = m_text.length();
-        step.batchDelta = 0;
-    }
-    Range original{static_cast<uint64_t>(static_cast<int64_t>(range.location) - step.batchDelta), range.length};
-    step.batch.push_back({original, std::u16string(text)});
-    step.replaced.push_back(std::move(old));
-    step.batchDelta += static_cast<int64_t>(text.size()) - static_cast<int64_t>(range.length);
-    step.batchEnd = range.location + text.size();
-}
-
-void VXTextView::flushBatch() {
-    UndoStep& step = *m_step;
-    if (step.batch.empty()) return;
-    Transaction change = Transaction::fromReplacements(step.batchLength, step.batch);
-    // A deletion of the transaction covers one replaced range or several that touch.
-    size_t next = 0;
-    Transaction back = change.invert([&](Range range) {
-        std::u16string old;
-        while (next < step.batch.size() && step.batch[next].range.end() <= range.end()) {
-            if (step.batch[next].range.location >= range.location) old += step.replaced[next];
-            ++next;
-        }
-        return old;
-    });
-    step.forward = step.forward.compose(change);
-    step.inverse = back.compose(step.inverse);
-    step.batch.clear();
-    step.replaced.clear();
-}
-
 void VXTextView::endTyping() {
     if (!m_step) return;
-    flushBatch();
     UndoStep step = std::move(*m_step);
     m_step.reset();
     m_run = Run::None;
-    if (step.forward.isIdentity()) return;
+    if (step.changes.forward().isIdentity()) return;
     MulticursorState after = m_multicursor.multicursorState();
-    m_undo.registerUndo(this, [this, forward = std::move(step.forward), inverse = std::move(step.inverse),
+    m_undo.registerUndo(this, [this, forward = step.changes.forward(), inverse = step.changes.inverse(),
                                before = std::move(step.before), after] { applyStep(inverse, before, forward, after); });
 }
 
@@ -151,7 +111,10 @@ void VXTextView::applyStep(const Transaction& change, const MulticursorState& st
                            const MulticursorState& reverseState) {
     // A step made for another text (the document was reloaded under it) is dropped.
     if (change.lengthBefore() != m_text.length()) return;
-    change.applyBackwards([this](Range range, std::u16string_view text) { m_text.replace(range, text); });
+    {
+        TextBatch batch(m_text);
+        change.applyInOrder([this](Range range, std::u16string_view text) { m_text.replace(range, text); });
+    }
     m_multicursor.setMulticursorState(state, true);
     m_desiredColumn.reset();
     m_host.selectionsDidChange();
@@ -170,7 +133,7 @@ void VXTextView::redo() {
 
 void VXTextView::replace(Range range, std::u16string_view text, Selection after) {
     if (!m_step) beginEdit(Run::None);
-    record(range, m_text.substring(range), text);
+    m_step->changes.replace(range, text, m_text.substring(range));
     m_text.replace(range, text);
     m_selection = after;
     m_desiredColumn.reset();
@@ -197,7 +160,10 @@ void VXTextView::replaceRange(Range range, std::u16string_view text, Selection a
 void VXTextView::forEachSelection(const std::function<void()>& edit, Run run) {
     beginEdit(run);
     m_columnAnchor.reset();
-    m_multicursor.performEdit(edit);
+    {
+        TextBatch batch(m_text);
+        m_multicursor.performEdit(edit);
+    }
     finishEdit();
 }
 

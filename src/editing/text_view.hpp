@@ -25,7 +25,7 @@
 #include "editing/multicursor_controller.hpp"
 #include "editing/recipe.hpp"
 #include "editing/text_buffer.hpp"
-#include "editing/transaction.hpp"
+#include "document/transaction.hpp"
 #include "platform/undo_manager.hpp"
 #include "syntax/context.hpp"
 
@@ -167,20 +167,12 @@ public:
     void cut();
 
 private:
-    // An undo step being built. Replacements made one after another, each at or after the end of
-    // the one before (one pass over ascending selections), gather in a batch that becomes one
-    // transaction when something else comes; 10,000 carets then cost one composition, not 10,000.
+    // An undo step being built: the changes so far (with their inverse) and the selections before.
     struct UndoStep {
-        // Declared here and defaulted in the source: the member initializers below are not read
-        // until this class is complete, and clang then takes the step for not constructible.
-        UndoStep();
-        editing::Transaction forward, inverse;
+        UndoStep(TransactionBuilder changes, MulticursorState before)
+            : changes(std::move(changes)), before(std::move(before)) {}
+        TransactionBuilder changes;
         MulticursorState before;
-        std::vector<editing::Replacement> batch;  // in the coordinates of the text the batch began on
-        std::vector<std::u16string> replaced;     // what each replacement of the batch took out
-        uint64_t batchLength = 0;                 // the length of that text
-        int64_t batchDelta = 0;                   // the batch's change in length so far
-        uint64_t batchEnd = 0;                    // where its last replacement ends, in the current text
     };
     enum class Run { None, Typing, DeletingBackward, DeletingForward };
 
@@ -198,10 +190,8 @@ private:
     void deleteRange(Range range);
     // Opens (or continues, for the same kind of run) an undo step around an operation.
     void beginEdit(Run run);
-    void record(Range range, std::u16string old, std::u16string_view text);
-    void flushBatch();
     void finishEdit();
-    void applyStep(const editing::Transaction& change, const MulticursorState& state, const editing::Transaction& reverse,
+    void applyStep(const Transaction& change, const MulticursorState& state, const Transaction& reverse,
                    const MulticursorState& reverseState);
     void forEachSelection(const std::function<void()>& edit, Run run = Run::None);
     void typeAtSelection(std::u16string_view typed, const VXAutopair::Pairs& pairs);

@@ -63,6 +63,7 @@ void VXIncrementalHighlighter::willReplaceContents() {
     for (auto& marker : m_markers) marker->releaseFuture();
     m_markers.clear();
     m_breaks.clear();
+    m_pending.reset();
     m_front = 0;
     m_stopping = false;
 }
@@ -74,12 +75,35 @@ void VXIncrementalHighlighter::recomputeCache(Range editedRange, int64_t changeI
     if (!fully && !(editedMask & kTextStorageEditedCharacters)) return;  // colours alone change no zone
     std::lock_guard lock(m_mutex);
     if (fully || m_markers.empty()) {
+        m_pending.reset();
         if (m_document) m_ruleset = m_resolver(m_document->language());
         rebuildAll();
     } else {
-        applyEdit(editedRange, changeInLength);
+        // Edits gather while a batch is open, as one transaction: its changes come out in
+        // ascending order, each with text kept between it and the next, so that the lines of each
+        // can be read from the text after the batch. Only positions matter here: the new
+        // characters are stood in for.
+        const Range oldRange{editedRange.location,
+                             static_cast<uint64_t>(static_cast<int64_t>(editedRange.length) - changeInLength)};
+        if (!m_pending)
+            m_pending.emplace(static_cast<uint64_t>(static_cast<int64_t>(storage().length()) - changeInLength));
+        m_pending->replace(oldRange, std::u16string(editedRange.length, u' '));
+        if (m_batchDepth == 0) applyPendingLocked();
     }
     m_settledChanged.notify_all();
+}
+
+void VXIncrementalHighlighter::beginEditBatch() {
+    std::lock_guard lock(m_mutex);
+    ++m_batchDepth;
+}
+
+void VXIncrementalHighlighter::endEditBatch() {
+    std::lock_guard lock(m_mutex);
+    if (m_batchDepth > 0 && --m_batchDepth == 0 && m_pending) {
+        applyPendingLocked();
+        m_settledChanged.notify_all();
+    }
 }
 
 void VXIncrementalHighlighter::rebuildAll() {
@@ -135,12 +159,11 @@ void VXIncrementalHighlighter::moveShift(uint64_t line, int64_t delta) {
     m_shift += delta;
 }
 
-void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLength) {
+std::optional<std::pair<uint64_t, uint64_t>> VXIncrementalHighlighter::moveMarkersForEdit(Range editedRange,
+                                                                                             int64_t changeInLength) {
     const VXTextStorage& text = storage();
     const Range oldRange{editedRange.location,
                          static_cast<uint64_t>(static_cast<int64_t>(editedRange.length) - changeInLength)};
-    m_invalidator.noteEdit(oldRange, changeInLength);
-
     // The lines the edit touched, before and after. A line feed typed after a carriage return
     // joins the line above's break, so that line counts as touched too.
     uint64_t first = lineContaining(oldRange.location);
@@ -149,10 +172,7 @@ void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLeng
     const uint64_t lastOld = lineContaining(oldRange.end());
     const uint64_t lastNew = text.lineIndexForPosition(editedRange.end());
     const uint64_t oldCount = lastOld - first + 1, newCount = lastNew - first + 1;
-    if (newCount > kLargestWaitedBatch) {
-        rebuildAll();
-        return;
-    }
+    if (newCount > kLargestWaitedBatch) return std::nullopt;
 
     moveShift(lastOld + 1, changeInLength);
     moveBreaks(first, lastOld, static_cast<int64_t>(newCount) - static_cast<int64_t>(oldCount));
@@ -180,34 +200,61 @@ void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLeng
         m_markers[line]->completion = VXSyntaxLineMarker::kCompletionNone;
         m_markers[line]->holdFuture();
     }
-    if (m_front <= first) {
-        scheduleBackground();  // the background walk has not reached the edit yet; it will parse it
-        return;
-    }
+    return std::pair{first, first + newCount};
+}
 
-    // 1. Parse the edited lines from the contexts they started in, each on its own queue.
-    if (newCount == 1) {
-        VXSyntaxLineMarker& marker = *m_markers[first];
-        marker.controlQueue().sync([&] { parseLine(first, marker.startContext, &m_mainState); });
-        marker.completion = VXSyntaxLineMarker::kCompletionToConfirm;
-    } else {
-        DispatchGroup batch;
-        for (uint64_t line = first; line < first + newCount; ++line) {
-            VXSyntaxLineMarker* marker = m_markers[line].get();
-            const Range range = text.lineRange(line);
-            const uint64_t contentLength = marker->contentRange().length;
-            batch.async(marker->controlQueue(), [marker, lineText = text.substring(range), contentLength, this] {
-                marker->parseFrom(marker->startContext, lineText, contentLength, *m_ruleset, nullptr);
-            });
-            marker->completion = VXSyntaxLineMarker::kCompletionToConfirm;
+void VXIncrementalHighlighter::applyPendingLocked() {
+    // 1. The markers follow every edit, in order; each edit's lines join the runs of touched
+    // lines (an edit on the line where the one before ended extends its run).
+    // The changes one after another, each in the text as it is once those before it are made.
+    std::vector<VXTextAttributeInvalidationManager::Edit> edits;
+    int64_t delta = 0;
+    for (const Replacement& change : m_pending->forward().replacements()) {
+        const int64_t changeInLength = static_cast<int64_t>(change.text.size()) - static_cast<int64_t>(change.range.length);
+        edits.push_back({{static_cast<uint64_t>(static_cast<int64_t>(change.range.location) + delta), change.range.length},
+                         changeInLength});
+        delta += changeInLength;
+    }
+    m_pending.reset();
+    m_invalidator.noteEdits(edits);
+    std::vector<std::pair<uint64_t, uint64_t>> runs;
+    for (const auto& edit : edits) {
+        const Range editedRange{edit.oldRange.location,
+                                static_cast<uint64_t>(static_cast<int64_t>(edit.oldRange.length) + edit.changeInLength)};
+        const auto touched = moveMarkersForEdit(editedRange, edit.changeInLength);
+        if (!touched) {
+            rebuildAll();  // reads the text as it is now, after every pending edit
+            return;
         }
-        batch.wait();
-        for (uint64_t line = first; line < first + newCount; ++line) m_parsedLines.push_back(line);
+        if (!runs.empty() && touched->first < runs.back().second) runs.back().second = std::max(runs.back().second, touched->second);
+        else runs.push_back(*touched);
     }
+    // Runs the background walk has not reached yet are left to it; so are those past the first
+    // kLargestWaitedBatch touched lines (a keystroke at thousands of carets): the walk's front
+    // moves back to the first of them, and the background parses them as it passes them.
+    uint64_t waited = 0;
+    size_t parsedRuns = 0;
+    for (; parsedRuns < runs.size() && runs[parsedRuns].first < m_front; ++parsedRuns) {
+        waited += runs[parsedRuns].second - runs[parsedRuns].first;
+        if (waited > kLargestWaitedBatch) {
+            m_front = runs[parsedRuns].first;
+            break;
+        }
+    }
+    if (parsedRuns < runs.size()) {
+        parseShownLinesAheadLocked(m_mainState);
+        scheduleBackground();
+    }
+    runs.resize(parsedRuns);
 
-    // 2. Confirm them in order against the running context, parsing again where it differs.
+    // 2. The touched lines are parsed in order from the running context, and the walk goes on
+    // past each run until a line starts where it started before.
+    for (const auto& [from, to] : runs) confirmAndWalkLocked(from, to);
+}
+
+void VXIncrementalHighlighter::confirmAndWalkLocked(uint64_t first, uint64_t end) {
     VXContext running = contextBefore(first);
-    for (uint64_t line = first; line < first + newCount; ++line) {
+    for (uint64_t line = first; line < end; ++line) {
         VXSyntaxLineMarker& marker = *m_markers[line];
         if (marker.completion != VXSyntaxLineMarker::kCompletionValid &&
             !(marker.completion == VXSyntaxLineMarker::kCompletionToConfirm && marker.startContext.equalZoneDefinitions(running)))
@@ -217,12 +264,12 @@ void VXIncrementalHighlighter::applyEdit(Range editedRange, int64_t changeInLeng
         marker.releaseFuture();
         running = marker.endContext;
     }
-    // 3. Past the edit, until a line starts where it started before (or the walk's front); the
+    // Past the edit, until a line starts where it started before (or the walk's front); the
     // shown lines now, the rest in the background from a break left where this walk ends.
     const Range visible = m_order.visibleLines();
-    uint64_t limit = first + newCount + kLinesWalkedWithTheEdit;
-    if (visible.location <= first + newCount && visible.end() > first + newCount) limit += visible.end() - first - newCount;
-    for (uint64_t line = first + newCount; line < m_front; ++line) {
+    uint64_t limit = end + kLinesWalkedWithTheEdit;
+    if (visible.location <= end && visible.end() > end) limit += visible.end() - end;
+    for (uint64_t line = end; line < m_front; ++line) {
         VXSyntaxLineMarker& marker = *m_markers[line];
         m_breaks.erase(line);
         if (marker.startContext.equalZoneDefinitions(running)) break;
@@ -315,12 +362,9 @@ bool VXIncrementalHighlighter::markerMatchesText(uint64_t line) const {
     return text.lineRange(line) == Range{storedStart(line), m_markers[line]->inclusiveRange().length};
 }
 
-bool VXIncrementalHighlighter::runBackgroundLocked() {
-    const uint64_t count = m_markers.size();
-    VXSyntaxParseState& state = m_backgroundState;
-
+bool VXIncrementalHighlighter::parseShownLinesAheadLocked(VXSyntaxParseState& state) {
     // Visible lines far ahead of the walk: parsed now from the best context at hand, confirmed later.
-    const Range ahead = m_order.linesAhead(m_front, count);
+    const Range ahead = m_order.linesAhead(m_front, m_markers.size());
     for (uint64_t line = ahead.location; line < ahead.end(); ++line) {
         VXSyntaxLineMarker& marker = *m_markers[line];
         if (marker.completion != VXSyntaxLineMarker::kCompletionNone) continue;
@@ -330,6 +374,14 @@ bool VXIncrementalHighlighter::runBackgroundLocked() {
         marker.completion = VXSyntaxLineMarker::kCompletionToConfirm;
         reportLine(line);
     }
+    return true;
+}
+
+bool VXIncrementalHighlighter::runBackgroundLocked() {
+    const uint64_t count = m_markers.size();
+    VXSyntaxParseState& state = m_backgroundState;
+
+    if (!parseShownLinesAheadLocked(state)) return false;
 
     // Walks an edit left behind: from each break until a line starts where it started before.
     uint64_t budget = m_order.linesPerTurn();
@@ -338,20 +390,24 @@ bool VXIncrementalHighlighter::runBackgroundLocked() {
         if (step == BreakStep::TextChanged) return false;
     }
 
-    for (; budget > 0 && m_front < count; --budget) {
-        const uint64_t line = m_front;
-        VXSyntaxLineMarker& marker = *m_markers[line];
-        if (!markerMatchesText(line)) return false;
-        const VXContext running = contextBefore(line);
-        if (marker.completion == VXSyntaxLineMarker::kCompletionNone || !marker.startContext.equalZoneDefinitions(running)) {
-            parseLine(line, running, &state);
-            reportLine(line);
-        }
-        marker.completion = VXSyntaxLineMarker::kCompletionValid;
-        marker.releaseFuture();
-        ++m_front;
-    }
+    for (; budget > 0 && m_front < count; --budget)
+        if (!advanceFrontLocked(state)) return false;
     return m_front < count || !m_breaks.empty();
+}
+
+bool VXIncrementalHighlighter::advanceFrontLocked(VXSyntaxParseState& state) {
+    const uint64_t line = m_front;
+    VXSyntaxLineMarker& marker = *m_markers[line];
+    if (!markerMatchesText(line)) return false;
+    const VXContext running = contextBefore(line);
+    if (marker.completion == VXSyntaxLineMarker::kCompletionNone || !marker.startContext.equalZoneDefinitions(running)) {
+        parseLine(line, running, &state);
+        reportLine(line);
+    }
+    marker.completion = VXSyntaxLineMarker::kCompletionValid;
+    marker.releaseFuture();
+    ++m_front;
+    return true;
 }
 
 // --- readers ---------------------------------------------------------------------------------------
@@ -396,11 +452,15 @@ std::vector<std::string> VXIncrementalHighlighter::scopesAtLocation(uint64_t loc
     const uint64_t line = storage().lineIndexForPosition(location);
     {
         // The document's thread asks (its text cannot change meanwhile): a walk the background
-        // has not yet done up to this line is done here rather than waited for, so that a
+        // has not yet done up to this line (from a break or from the front) is done here rather
+        // than waited for, so that a
         // caller inside a batch of edits (which keeps background readers out) cannot hang.
         std::lock_guard lock(m_mutex);
+        if (m_pending) applyPendingLocked();  // asked from inside a batch of edits
         while (!m_breaks.empty() && *m_breaks.begin() <= line)
             if (walkFirstBreakLocked(m_mainState) == BreakStep::TextChanged) break;
+        while (m_front <= line && m_front < m_markers.size())
+            if (!advanceFrontLocked(m_mainState)) break;
         m_settledChanged.notify_all();
     }
     auto zones = zonesForLine(line, Wait::Yes);

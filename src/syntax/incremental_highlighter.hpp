@@ -1,11 +1,14 @@
 // VXIncrementalHighlighter: keeps a document's highlighting up to date, one VXSyntaxLineMarker per
 // line, re-parsing after each edit only the lines that can have changed.
 //
-// After an edit (recomputeCache, called by the document before anything else sees the edit):
+// After an edit (recomputeCache, called by the document before anything else sees the edit; inside
+// a batch of edits, such as a keystroke at many carets, at the batch's end, once for all of them):
 //   1. the markers of the edited lines are replaced, inserted or removed, and the lines after them
 //      move by the change in length;
-//   2. the edited lines are parsed from the start contexts they had (on their control queues
-//      when there are several; the document waits for all of them);
+//   2. the edited lines are parsed from the start contexts they had (the document waits for the
+//      first few hundred of them and the shown ones; past those, a keystroke at thousands of
+//      carets moves the background walk's front back to the first line left, and the walk
+//      parses the rest);
 //   3. in line order, with a running context that starts as the end context of the line above the
 //      edit, each edited line is kept when it was parsed from a context with the same zone
 //      definitions as the running one, else parsed again from the running context;
@@ -74,6 +77,8 @@ public:
     std::vector<std::string> scopesAtLocation(uint64_t location) override;
     std::optional<TextAttributes> defaultZoneAttributes() override { return m_defaultAttributes; }
     void willReplaceContents() override;
+    void beginEditBatch() override;
+    void endEditBatch() override;
 
     // The theme's default attributes, which the document gives new text (the theme lives above).
     void setDefaultZoneAttributes(std::optional<TextAttributes> attributes) { m_defaultAttributes = std::move(attributes); }
@@ -104,7 +109,13 @@ public:
 private:
     VXTextStorage& storage() const;
     void rebuildAll();
-    void applyEdit(Range editedRange, int64_t changeInLength);
+    // The edits gathered so far: markers moved for each, the touched lines parsed once.
+    void applyPendingLocked();
+    // Moves the markers for one edit; the touched lines (to parse), or nothing when the edit is
+    // too large to wait for (the caller then rebuilds).
+    std::optional<std::pair<uint64_t, uint64_t>> moveMarkersForEdit(Range editedRange, int64_t changeInLength);
+    // Confirms the parsed lines [first, end) in order and walks on past them.
+    void confirmAndWalkLocked(uint64_t first, uint64_t end);
     // Brings the pending shift of later lines to start at `line`, adding `delta`.
     void moveShift(uint64_t line, int64_t delta);
     uint64_t storedStart(uint64_t line) const;
@@ -116,6 +127,12 @@ private:
     void scheduleBackground();
     void backgroundTurn();
     bool runBackgroundLocked();
+    // Parses the shown lines the walk has not reached and nothing has parsed; false when the text
+    // is ahead of the markers.
+    bool parseShownLinesAheadLocked(VXSyntaxParseState& state);
+    // Confirms the line at the walk's front (parsing it when it must) and moves the front on;
+    // false when the text is ahead of the markers.
+    bool advanceFrontLocked(VXSyntaxParseState& state);
     bool markerMatchesText(uint64_t line) const;
     void stopBackground();
     void moveBreaks(uint64_t first, uint64_t lastOld, int64_t lineDelta);
@@ -147,6 +164,10 @@ private:
     VXColoringOrder m_order;
     VXSyntaxParseState m_mainState;        // the document thread's
     VXSyntaxParseState m_backgroundState;  // the background queue's
+    // Edits not yet applied to the markers (those of an open batch, such as a keystroke at many
+    // carets), as one transaction over the text the markers describe.
+    std::optional<TransactionBuilder> m_pending;
+    int m_batchDepth = 0;
     std::vector<uint64_t> m_parsedLines;
 
     SerialQueue m_background{"highlighter"};

@@ -76,25 +76,47 @@ void VXTextAttributeInvalidationManager::addRange(Range range) {
     m_state->insert(range);
 }
 
-void VXTextAttributeInvalidationManager::noteEdit(Range oldRange, int64_t changeInLength) {
-    std::lock_guard lock(m_state->mutex);
+namespace {
+
+// A waiting range after an edit: moved when wholly after it, stretched over it when touching.
+Range rangeAfterEdit(Range r, Range oldRange, int64_t changeInLength) {
     const uint64_t oldEnd = oldRange.end();
     const auto newEnd = static_cast<uint64_t>(static_cast<int64_t>(oldEnd) + changeInLength);
+    if (r.end() < oldRange.location) return r;
+    if (r.location > oldEnd) return {static_cast<uint64_t>(static_cast<int64_t>(r.location) + changeInLength), r.length};
+    const uint64_t from = std::min(r.location, oldRange.location);
+    const uint64_t to = r.end() > oldEnd ? static_cast<uint64_t>(static_cast<int64_t>(r.end()) + changeInLength) : newEnd;
+    return {from, std::max(to, from) - from};
+}
+
+}  // namespace
+
+void VXTextAttributeInvalidationManager::noteEdit(Range oldRange, int64_t changeInLength) {
+    noteEdits({{oldRange, changeInLength}});
+}
+
+void VXTextAttributeInvalidationManager::noteEdits(const std::vector<Edit>& edits) {
+    std::lock_guard lock(m_state->mutex);
+    if (m_state->ranges.empty() || edits.empty()) return;
+    // Each edit in the text before all of them, and the change in length of the edits before it.
+    std::vector<Range> original(edits.size());
+    std::vector<int64_t> before(edits.size() + 1, 0);
+    for (size_t i = 0; i < edits.size(); ++i) {
+        original[i] = {static_cast<uint64_t>(static_cast<int64_t>(edits[i].oldRange.location) - before[i]),
+                       edits[i].oldRange.length};
+        before[i + 1] = before[i] + edits[i].changeInLength;
+    }
     std::vector<Range> moved;
     moved.reserve(m_state->ranges.size());
     for (Range r : m_state->ranges) {
-        if (r.end() < oldRange.location) {
-            moved.push_back(r);  // wholly before the edit
-        } else if (r.location > oldEnd) {
-            r.location = static_cast<uint64_t>(static_cast<int64_t>(r.location) + changeInLength);
-            moved.push_back(r);  // wholly after: moves with the text
-        } else {
-            // Touches the edit: covers what remains of it plus the new text.
-            const uint64_t from = std::min(r.location, oldRange.location);
-            const uint64_t to = r.end() > oldEnd ? static_cast<uint64_t>(static_cast<int64_t>(r.end()) + changeInLength)
-                                                 : newEnd;
-            moved.push_back({from, std::max(to, from) - from});
-        }
+        // The edits wholly before the range move it; those that touch it are applied in turn.
+        size_t i = static_cast<size_t>(std::lower_bound(original.begin(), original.end(), r.location,
+                                                        [](const Range& e, uint64_t at) { return e.end() < at; }) -
+                                       original.begin());
+        r.location = static_cast<uint64_t>(static_cast<int64_t>(r.location) + before[i]);
+        for (; i < edits.size() && edits[i].oldRange.location <= r.end(); ++i)
+            r = rangeAfterEdit(r, edits[i].oldRange, edits[i].changeInLength);
+        moved.push_back(r);
     }
     m_state->ranges = mergeRanges(std::move(moved));
 }

@@ -44,6 +44,14 @@ public:
     void addRange(Range range);
     // From the editing thread: the text changed at oldRange by changeInLength.
     void noteEdit(Range oldRange, int64_t changeInLength);
+    // Edits made one after another, each at or after the end of the one before (a keystroke at
+    // many carets), each given in the text as it was when it was made: the same as noteEdit for
+    // each in turn, in one pass.
+    struct Edit {
+        Range oldRange;
+        int64_t changeInLength;
+    };
+    void noteEdits(const std::vector<Edit>& edits);
 
     // Merges the collected ranges (kept merged anyway; exposed for callers that batch).
     void optimize();

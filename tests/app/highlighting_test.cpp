@@ -5,7 +5,7 @@
 
 #include "app/editor/highlighting.hpp"
 #include "app/editor/session.hpp"
-#include "app/editor/document_text_buffer.hpp"
+#include "editing/document_text_buffer.hpp"
 #include "app/editor/theme_colors.hpp"
 #include "syntax/language_catalog.hpp"
 

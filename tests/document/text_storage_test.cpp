@@ -122,6 +122,41 @@ TEST(TextStorage, EditsReportMaskRangeAndChangeInLength) {
     EXPECT_EQ(storage.string(), u"<<hello th, friend");
 }
 
+// The characters a processing round changed come as one transaction over the text before them,
+// whatever the order of the edits; a whole transaction applies as one round.
+TEST(TextStorage, EditsAreReportedAsOneTransaction) {
+    struct TransactionDelegate : TextStorageDelegate {
+        std::vector<Transaction> seen;
+        void textStorageWillProcessEditing(VXTextStorage& s) override { seen.push_back(s.editedTransaction()); }
+        void textStorageDidProcessEditing(VXTextStorage&) override {}
+    } delegate;
+    std::mt19937 random(5);
+    VXTextStorage storage(u"the quick brown fox jumps over the lazy dog");
+    storage.setVx_delegate(&delegate);
+    for (int round = 0; round < 50; ++round) {
+        const std::u16string before = storage.string();
+        storage.beginEditing();
+        for (int edit = 0; edit < 6; ++edit) {
+            const uint64_t at = random() % (storage.length() + 1);
+            const uint64_t length = std::min<uint64_t>(random() % 4, storage.length() - at);
+            storage.replaceCharactersInRange({at, length}, std::u16string(random() % 3, u"xyz"[edit % 3]));
+        }
+        storage.setAttributes({{"color", "#ff0000ff"}}, {0, std::min<uint64_t>(3, storage.length())});
+        storage.endEditing();
+        ASSERT_EQ(delegate.seen.size(), static_cast<size_t>(round + 1));
+        ASSERT_EQ(delegate.seen.back().apply(before), storage.string()) << "round " << round;
+    }
+    // Applying a transaction makes only its changes, in one round.
+    storage.replaceCharactersInRange({0, storage.length()}, u"0123456789abc");
+    const std::u16string text = storage.string();
+    Transaction change = Transaction::fromReplacements(text.size(), {{{1, 2}, u"AB"}, {{10, 0}, u"C"}});
+    storage.applyTransaction(change);
+    EXPECT_EQ(storage.string(), change.apply(text));
+    EXPECT_EQ(delegate.seen.back(), change);
+    storage.setAttributes({}, {0, 1});
+    EXPECT_TRUE(delegate.seen.back().isIdentity());
+}
+
 TEST(TextStorage, AttributesRunBesideTheTextAndFollowEdits) {
     VXTextStorage storage(u"abcdefghij", {{"font", "mono"}});
     storage.setAttributes({{"color", "red"}}, {2, 3});    // c d e

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <thread>
 
 #include "platform/run_loop.hpp"
@@ -30,6 +31,38 @@ TEST(Invalidation, RangesMergeAndFollowEdits) {
     // A deletion that swallows a range: no characters of it are left to colour.
     manager.noteEdit({18, 15}, -15);
     EXPECT_EQ(manager.pendingRanges(), (std::vector<Range>{{0, 12}, {40, 5}}));
+}
+
+// A keystroke at many carets reaches the waiting ranges as one list of edits: the result must be
+// the one the edits give one by one, whatever the ranges and edits (inside, across, between).
+TEST(Invalidation, EditsInOnePassFollowTheSameRulesAsOneByOne) {
+    std::mt19937 random(17);
+    RunLoop loop;
+    for (int round = 0; round < 300; ++round) {
+        VXTextAttributeInvalidationManager batched(&loop), single(&loop);
+        uint64_t at = 0;
+        for (int i = 0; i < 8; ++i) {
+            at += random() % 12;
+            const Range r{at, 1 + random() % 10};
+            batched.addRange(r);
+            single.addRange(r);
+            at = r.end();
+        }
+        std::vector<VXTextAttributeInvalidationManager::Edit> edits;
+        uint64_t length = at + 20, next = 0;
+        for (int i = 0; i < 6 && next < length; ++i) {
+            const uint64_t location = next + random() % 8;
+            if (location > length) break;
+            const uint64_t removed = std::min<uint64_t>(random() % 6, length - location);
+            const int64_t change = static_cast<int64_t>(random() % 5) - static_cast<int64_t>(removed);
+            edits.push_back({{location, removed}, change});
+            next = static_cast<uint64_t>(static_cast<int64_t>(location + removed) + change);
+            length = static_cast<uint64_t>(static_cast<int64_t>(length) + change);
+        }
+        batched.noteEdits(edits);
+        for (const auto& edit : edits) single.noteEdit(edit.oldRange, edit.changeInLength);
+        ASSERT_EQ(batched.pendingRanges(), single.pendingRanges()) << "round " << round;
+    }
 }
 
 TEST(Invalidation, DeliveredLaterOnTheLoopVisibleFirst) {

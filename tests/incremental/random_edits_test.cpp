@@ -3,6 +3,7 @@
 #include "support/build_paths.hpp"
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -55,6 +56,38 @@ TEST(RandomEdits, MatchAFullParseOnEverySample) {
         }
     }
     EXPECT_GE(samples, 10);
+}
+
+// A keystroke at many carets: edits made inside one batch, each after the one before, some out of
+// order (which settles those before it), are highlighted at the batch's end. More touched lines
+// than an edit waits for leave the rest to the background walk; the result must still be what a
+// whole parse gives, and a scope asked for in the middle of the batch must already see the edits.
+TEST(RandomEdits, BatchesAtManyCaretsMatchAFullParse) {
+    const auto sample = std::filesystem::path(VX_SOURCE_DIR) / "tests" / "data" / "syntax" / "c" / "ringlog.c";
+    std::ifstream in(sample, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    std::u16string text;
+    while (std::count(text.begin(), text.end(), u'\n') < 3000) text += utf16FromUtf8(bytes.str());
+    HighlightedDocument doc("c", text);
+    std::mt19937 random(29);
+    for (int keystroke = 0; keystroke < 6; ++keystroke) {
+        doc.document.beginEditBatch();
+        uint64_t at = 0;
+        for (int caret = 0; caret < 1500; ++caret) {
+            at += random() % 80;
+            if (caret == 700 && keystroke % 2 == 1) at = 10;  // out of order
+            if (at > doc.document.contents().length()) break;
+            const std::u16string_view piece = kPieces[random() % std::size(kPieces)];
+            doc.replace(at, 0, piece);
+            at += piece.size();
+        }
+        // Asked from inside the batch: the answer reads the text as it is now.
+        const std::vector<std::string> scopes = doc.highlighter->scopesAtLocation(at > 0 ? at - 1 : 0);
+        EXPECT_FALSE(scopes.empty());
+        doc.document.endEditBatch();
+        ASSERT_EQ(differenceFromFullParse(doc), "") << "keystroke " << keystroke;
+    }
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "app/editor/document_text_buffer.hpp"
+#include "editing/document_text_buffer.hpp"
 #include "app/editor/highlighting.hpp"
 #include "document/document_hooks.hpp"
 #include "document/single_file_document.hpp"

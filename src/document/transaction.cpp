@@ -1,10 +1,10 @@
-#include "editing/transaction.hpp"
+#include "document/transaction.hpp"
 
 #include <algorithm>
 
 #include "platform/log.hpp"
 
-namespace vx::editing {
+namespace vx {
 
 Transaction::Transaction(uint64_t length) {
     retain(length);
@@ -110,9 +110,12 @@ std::u16string Transaction::apply(std::u16string_view text) const {
     return out;
 }
 
-void Transaction::applyBackwards(const std::function<void(Range, std::u16string_view)>& replace) const {
-    auto changes = replacements();
-    for (auto it = changes.rbegin(); it != changes.rend(); ++it) replace(it->range, it->text);
+void Transaction::applyInOrder(const std::function<void(Range, std::u16string_view)>& replace) const {
+    int64_t delta = 0;
+    for (const Replacement& change : replacements()) {
+        replace({static_cast<uint64_t>(static_cast<int64_t>(change.range.location) + delta), change.range.length}, change.text);
+        delta += static_cast<int64_t>(change.text.size()) - static_cast<int64_t>(change.range.length);
+    }
 }
 
 Transaction Transaction::invert(const std::function<std::u16string(Range)>& original) const {
@@ -199,4 +202,59 @@ Range Transaction::mapRange(Range range) const {
     return {start, end > start ? end - start : 0};
 }
 
-}  // namespace vx::editing
+// --- building ---
+
+TransactionBuilder::TransactionBuilder(uint64_t length, bool withInverse)
+    : m_forward(length), m_inverse(withInverse ? length : 0), m_withInverse(withInverse) {}
+
+uint64_t TransactionBuilder::length() const {
+    return m_batch.empty() ? m_forward.lengthAfter() : static_cast<uint64_t>(static_cast<int64_t>(m_batchLength) + m_batchDelta);
+}
+
+void TransactionBuilder::replace(Range range, std::u16string_view text, std::u16string_view replaced) {
+    if (!m_batch.empty() && range.location < m_batchEnd) flush();
+    if (m_batch.empty()) {
+        m_batchLength = m_forward.lengthAfter();
+        m_batchDelta = 0;
+    }
+    VX_ASSERT(range.end() <= length());
+    const Range original{static_cast<uint64_t>(static_cast<int64_t>(range.location) - m_batchDelta), range.length};
+    m_batch.push_back({original, std::u16string(text)});
+    if (m_withInverse) m_replaced.emplace_back(replaced);
+    m_batchDelta += static_cast<int64_t>(text.size()) - static_cast<int64_t>(range.length);
+    m_batchEnd = range.location + text.size();
+}
+
+void TransactionBuilder::flush() {
+    if (m_batch.empty()) return;
+    Transaction change = Transaction::fromReplacements(m_batchLength, m_batch);
+    if (m_withInverse) {
+        // A deletion of the transaction covers one replaced range or several that touch.
+        size_t next = 0;
+        Transaction back = change.invert([&](Range range) {
+            std::u16string old;
+            while (next < m_batch.size() && m_batch[next].range.end() <= range.end()) {
+                if (m_batch[next].range.location >= range.location) old += m_replaced[next];
+                ++next;
+            }
+            return old;
+        });
+        m_inverse = back.compose(m_inverse);
+    }
+    m_forward = m_forward.isIdentity() && m_forward.lengthBefore() == m_batchLength ? std::move(change) : m_forward.compose(change);
+    m_batch.clear();
+    m_replaced.clear();
+}
+
+const Transaction& TransactionBuilder::forward() {
+    flush();
+    return m_forward;
+}
+
+const Transaction& TransactionBuilder::inverse() {
+    VX_ASSERT(m_withInverse);
+    flush();
+    return m_inverse;
+}
+
+}  // namespace vx

@@ -4,9 +4,9 @@
 
 #include <random>
 
-#include "editing/transaction.hpp"
+#include "document/transaction.hpp"
 
-namespace vx::editing {
+namespace vx {
 namespace {
 
 std::u16string randomText(std::mt19937& rng, size_t maxLength) {
@@ -109,4 +109,4 @@ TEST(Transaction, CanonicalFormMakesEqualEditsEqual) {
 }
 
 }  // namespace
-}  // namespace vx::editing
+}  // namespace vx

@@ -21,7 +21,7 @@
 
 #include "platform/range.hpp"
 
-namespace vx::editing {
+namespace vx {
 
 // One replacement in old-text coordinates.
 struct Replacement {
@@ -63,9 +63,9 @@ public:
     // The changes as replacements in old-text coordinates, ascending.
     std::vector<Replacement> replacements() const;
     std::u16string apply(std::u16string_view text) const;
-    // Applies through `replace` (a range of the current text and its new text), last change first,
-    // so that every range is still in old-text coordinates when it is replaced.
-    void applyBackwards(const std::function<void(Range, std::u16string_view)>& replace) const;
+    // Applies through `replace` (a range of the current text and its new text), first change first,
+    // each range carried past the changes before it: the order a builder gathers in one batch.
+    void applyInOrder(const std::function<void(Range, std::u16string_view)>& replace) const;
 
     // The transaction that undoes this one; `original` reads ranges of the text this one applies to.
     Transaction invert(const std::function<std::u16string(Range)>& original) const;
@@ -87,4 +87,33 @@ private:
     uint64_t m_lengthAfter = 0;
 };
 
-}  // namespace vx::editing
+// The transaction of replacements made one after another, each given in the coordinates of the
+// text as it is when it is made. Replacements in ascending order (each at or after the end of the
+// one before, as one pass over ascending selections makes them) gather in a batch that becomes one
+// transaction when one comes out of order, so 10,000 carets cost one composition, not 10,000.
+// With `withInverse` the builder also keeps the transaction that undoes them, from the replaced
+// texts it is given.
+class TransactionBuilder {
+public:
+    explicit TransactionBuilder(uint64_t length = 0, bool withInverse = false);
+
+    void replace(Range range, std::u16string_view text, std::u16string_view replaced = {});
+    bool isEmpty() const { return m_batch.empty() && m_forward.isIdentity(); }
+    // The length of the text now, after every replacement so far.
+    uint64_t length() const;
+    const Transaction& forward();
+    const Transaction& inverse();
+
+private:
+    void flush();
+
+    Transaction m_forward, m_inverse;
+    bool m_withInverse;
+    std::vector<Replacement> m_batch;       // in the coordinates of the text the batch began on
+    std::vector<std::u16string> m_replaced; // what each replacement of the batch took out
+    uint64_t m_batchLength = 0;             // the length of that text
+    int64_t m_batchDelta = 0;               // the batch's change in length so far
+    uint64_t m_batchEnd = 0;                // where its last replacement ends, in the current text
+};
+
+}  // namespace vx

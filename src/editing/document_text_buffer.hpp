@@ -1,14 +1,15 @@
-// The TextBuffer of a tab: its document's text storage, asked afresh on every call because
-// reverting a document gives it a new storage. Every edit the editor makes is an edit of that
-// storage, so it reaches the document's edit hooks and, through them, the highlighter.
+// The TextBuffer of a document: its text storage, asked afresh on every call because reverting a
+// document gives it a new storage. Every edit is an edit of that storage, so it reaches the
+// document's edit hooks and, through them, the highlighter; a batch (one keystroke at many
+// carets) reaches the highlighter as one.
 #pragma once
 
 #include "editing/text_buffer.hpp"
 #include "document/single_file_document.hpp"
 
-namespace vx::editor {
+namespace vx {
 
-class DocumentTextBuffer final : public TextBuffer {
+class DocumentTextBuffer : public TextBuffer {
 public:
     explicit DocumentTextBuffer(VXSingleFileDocument& document) : m_document(document) {}
 
@@ -20,9 +21,11 @@ public:
     uint64_t lineStart(uint64_t line) const override { return storage().lineRange(line).location; }
     uint64_t lineForOffset(uint64_t offset) const override { return storage().lineIndexForPosition(offset); }
     void replace(Range range, std::u16string_view text) override { m_document.contents().replaceCharactersInRange(range, text); }
+    void beginBatch() override { m_document.beginEditBatch(); }
+    void endBatch() override { m_document.endEditBatch(); }
 
 private:
     VXSingleFileDocument& m_document;
 };
 
-}  // namespace vx::editor
+}  // namespace vx
