@@ -16,7 +16,8 @@ VX="${1:-build/release/src/app/vx}"
 VX="$(realpath "$VX")"
 work="$(mktemp -d)"
 socket="vx-bench-$$"
-trap 'tmux -L "$socket" kill-server 2>/dev/null; sleep 0.2; rm -rf "$work" 2>/dev/null' EXIT
+# An editor that ignores the hang-up of its terminal (micro, busy on the 2 MB line) is killed by name.
+trap 'tmux -L "$socket" kill-server 2>/dev/null; pkill -9 -f "$work/" 2>/dev/null; sleep 0.2; rm -rf "$work" 2>/dev/null' EXIT
 export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share" VX_HOME="$work/vxhome"
 mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$VX_HOME" "$work/micro"
 
@@ -49,6 +50,7 @@ wait_for() {  # text, limit in seconds
 }
 start_editor() {  # command...
     tmux -L "$socket" kill-server 2>/dev/null
+    pkill -9 -f "$work/" 2>/dev/null
     # An editor killed with unsaved text keeps it and offers it at the next start: clear what the
     # last run kept, so that no question stands between the start and the text.
     sleep 0.3
