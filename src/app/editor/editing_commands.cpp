@@ -79,6 +79,7 @@ void startFind(Editor& editor) {
     };
     auto done = [origin](Editor& e, std::optional<std::string> text) {
         if (!text) {
+            e.cancelFind();
             if (Tab* t = e.activeTab()) t->setSelection(origin);
             return;
         }

@@ -33,20 +33,6 @@ std::string base64(std::string_view bytes) {
     return out;
 }
 
-char16_t foldCase(char16_t c) {
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
-}
-
-// Lower-case query letters match either case; a capital in the query makes the search exact.
-bool matchesAt(std::u16string_view text, size_t at, std::u16string_view query, bool foldingCase) {
-    if (at + query.size() > text.size()) return false;
-    for (size_t i = 0; i < query.size(); ++i) {
-        char16_t c = text[at + i];
-        if (c != query[i] && !(foldingCase && foldCase(c) == query[i])) return false;
-    }
-    return true;
-}
-
 std::string digitsOf(uint64_t value) {
     return std::to_string(value);
 }
@@ -133,6 +119,7 @@ void Editor::applyTheme(const std::shared_ptr<VXTheme>& theme) {
 }
 
 bool Editor::hasBackgroundWork() {
+    if (m_search) return true;
     Tab* tab = activeTab();
     if (tab && tab->hasSnippetOutputPending()) return true;
     if (!tab || !tab->highlighter()) return false;
@@ -141,6 +128,7 @@ bool Editor::hasBackgroundWork() {
 }
 
 void Editor::doBackgroundWork(std::chrono::microseconds budget) {
+    if (m_search) return continueFind(budget);
     Tab* tab = activeTab();
     // A snippet's shell commands: their output, when it has come, replaces the defaults.
     if (tab && tab->hasSnippetOutputPending()) {
@@ -285,41 +273,39 @@ void Editor::setClipboard(std::u16string text) {
 
 void Editor::findNext(bool forward) {
     Tab* tab = activeTab();
+    m_search.reset();
     if (!tab) return;
     if (m_findQuery.empty()) {
         showError("Nothing to find");
         return;
     }
-    bool folding = std::none_of(m_findQuery.begin(), m_findQuery.end(), [](char16_t c) { return c >= u'A' && c <= u'Z'; });
-    std::u16string query = m_findQuery;
-    if (folding) std::transform(query.begin(), query.end(), query.begin(), foldCase);
-    std::u16string text = tab->text().text();
-    Range selection = tab->selection().range();
-    size_t size = text.size();
-    if (query.size() > size) {
+    const Range selection = tab->selection().range();
+    m_search.emplace(m_findQuery, forward, forward ? selection.end() : selection.location);
+    m_searchTab = tab;
+    // A small text is searched at once; a large one goes on between frames (see
+    // doBackgroundWork), so that the next key is read as soon as it comes.
+    continueFind(std::chrono::milliseconds(4));
+}
+
+void Editor::continueFind(std::chrono::microseconds budget) {
+    if (!m_search) return;
+    Tab* tab = activeTab();
+    if (tab != m_searchTab) {  // the tab changed: the search no longer means anything
+        m_search.reset();
+        return;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + budget;
+    constexpr uint64_t kPositionsPerSlice = 1 << 18;
+    while (m_search->step(tab->text(), kPositionsPerSlice) == editing::TextSearch::Status::Searching)
+        if (std::chrono::steady_clock::now() >= deadline) return;
+    const editing::TextSearch search = *m_search;
+    m_search.reset();
+    if (search.status() == editing::TextSearch::Status::NotFound) {
         showError("Not found: " + utf8FromUtf16(m_findQuery));
         return;
     }
-    size_t last = size - query.size();
-    std::optional<size_t> found;
-    bool wrapped = false;
-    if (forward) {
-        for (size_t at = selection.end(); at <= last && !found; ++at)
-            if (matchesAt(text, at, query, folding)) found = at;
-        for (size_t at = 0; !found && at <= std::min<size_t>(selection.end(), last); ++at)
-            if (matchesAt(text, at, query, folding)) found = at, wrapped = true;
-    } else {
-        for (size_t at = std::min<size_t>(selection.location, last + 1); at-- > 0 && !found;)
-            if (matchesAt(text, at, query, folding)) found = at;
-        for (size_t at = last + 1; !found && at-- > selection.location;)
-            if (matchesAt(text, at, query, folding)) found = at, wrapped = true;
-    }
-    if (!found) {
-        showError("Not found: " + utf8FromUtf16(m_findQuery));
-        return;
-    }
-    tab->setSelection({*found, *found + query.size()});
-    if (wrapped) showMessage("Search wrapped around");
+    tab->setSelection({search.foundAt(), search.foundAt() + search.length()});
+    if (search.wrapped()) showMessage("Search wrapped around");
     revealCaret();
 }
 

@@ -20,6 +20,7 @@
 #include "app/editor/colors.hpp"
 #include "app/editor/modal.hpp"
 #include "document/document_hooks.hpp"
+#include "editing/text_search.hpp"
 #include "selectors/theme.hpp"
 #include "snippets/snippet_catalog.hpp"
 #include "app/editor/tab.hpp"
@@ -90,7 +91,10 @@ public:
     std::string takeTerminalRequests() { return std::exchange(m_terminalRequests, {}); }
 
     // Find.
+    // Finds the query from the selection (wrapping round); on a large text the search goes on
+    // between frames, and a new search or cancelFind() drops it.
     void findNext(bool forward);
+    void cancelFind() { m_search.reset(); }
     const std::u16string& findQuery() const { return m_findQuery; }
     void setFindQuery(std::u16string query) { m_findQuery = std::move(query); }
 
@@ -144,6 +148,9 @@ private:
     std::vector<std::u16string> m_clipboardPieces;
     std::string m_terminalRequests;
     std::u16string m_findQuery;
+    std::optional<editing::TextSearch> m_search;  // a find still under way
+    Tab* m_searchTab = nullptr;
+    void continueFind(std::chrono::microseconds budget);
     EditorColors m_colors;
     std::unique_ptr<ScopeStyler> m_styler;
     InputPump m_pump;
