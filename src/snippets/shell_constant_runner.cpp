@@ -1,4 +1,4 @@
-// Every shell command of a snippet runs through runShellConstant, and only here, on the
+// Every shell command of a snippet runs through ShellConstantRun, and only here, on the
 // program's child-process runner.
 #include "snippets/shell_constant_runner.hpp"
 
@@ -47,8 +47,8 @@ std::string programPath(const std::string& program) {
 
 }  // namespace
 
-std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::u16string_view script,
-                                               const SnippetEnvironment& environment) {
+std::unique_ptr<ShellConstantRun> ShellConstantRun::start(std::u16string_view prefix, std::u16string_view script,
+                                                          const SnippetEnvironment& environment) {
     std::string prefixText = utf8FromUtf16(prefix), scriptText = utf8FromUtf16(script);
     if (!prefixText.empty() && prefixText.find_first_not_of(" \t") == std::string::npos) prefixText.clear();
     const std::vector<std::string> command = commandLine(prefixText, scriptText);
@@ -64,30 +64,58 @@ std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::
     if (!prefixText.empty()) task->setInputString(scriptText);
     if (!task->launch()) {
         VX_LOG_DEBUG("snippets", "shell constant cannot start: %s", task->launchPath().c_str());
-        return std::nullopt;
+        return nullptr;
     }
-
     // Output is read in the background, so a command that prints more than a pipe holds can
     // finish; the time limit covers reading and exiting together.
-    const auto started = std::chrono::steady_clock::now();
     task->readToEndInBackground();
-    const bool read = task->waitForBackgroundReading(environment.shellTimeout);
-    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - started;
-    // At least a moment to exit once the output has closed (a limit of 0 would mean none).
-    const bool timedOut =
-        !read || task->waitUntilExitWithTimeout(std::max(environment.shellTimeout - spent.count(), 0.05));
-    if (timedOut) {
-        task->kill();
-        VX_LOG_DEBUG("snippets", "shell constant killed after %.1f s", environment.shellTimeout);
+    const auto limit = std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(environment.shellTimeout));
+    return std::unique_ptr<ShellConstantRun>(new ShellConstantRun(std::move(task), std::chrono::steady_clock::now() + limit));
+}
+
+ShellConstantRun::ShellConstantRun(std::unique_ptr<Taskit> task, std::chrono::steady_clock::time_point deadline)
+    : m_task(std::move(task)), m_deadline(deadline) {}
+
+ShellConstantRun::~ShellConstantRun() {
+    if (!m_result && m_task->isRunning()) m_task->kill();
+}
+
+std::optional<std::optional<std::u16string>> ShellConstantRun::poll(std::chrono::microseconds wait) {
+    if (m_result) return m_result;
+    const auto now = std::chrono::steady_clock::now();
+    const std::chrono::duration<double> left = m_deadline - now;
+    const double waited = std::max(0.0, std::min(std::chrono::duration<double>(wait).count(), left.count()));
+    if (m_task->waitForBackgroundReading(waited)) {
+        // At least a moment to exit once the output has closed.
+        const std::chrono::duration<double> exitLeft = m_deadline - std::chrono::steady_clock::now();
+        m_result = finish(m_task->waitUntilExitWithTimeout(std::max(exitLeft.count(), 0.05)));
+    } else if (std::chrono::steady_clock::now() >= m_deadline) {
+        m_task->kill();
+        m_result = finish(true);
+    }
+    return m_result;
+}
+
+std::optional<std::u16string> ShellConstantRun::finish(bool killed) {
+    if (killed) {
+        VX_LOG_DEBUG("snippets", "shell constant killed at its time limit");
         return std::nullopt;
     }
-    if (task->terminationReason() != 1 || task->terminationStatus() != 0) {
-        VX_LOG_DEBUG("snippets", "shell constant failed with status %d", task->terminationStatus());
+    if (m_task->terminationReason() != 1 || m_task->terminationStatus() != 0) {
+        VX_LOG_DEBUG("snippets", "shell constant failed with status %d", m_task->terminationStatus());
         return std::nullopt;
     }
-    std::string output = task->outputBuffer();
+    std::string output = m_task->outputBuffer();
     if (!output.empty() && output.back() == '\n') output.pop_back();
     return utf16FromUtf8(output);
+}
+
+std::optional<std::u16string> runShellConstant(std::u16string_view prefix, std::u16string_view script,
+                                               const SnippetEnvironment& environment) {
+    auto run = ShellConstantRun::start(prefix, script, environment);
+    if (!run) return std::nullopt;
+    for (;;)
+        if (auto value = run->poll(std::chrono::seconds(1))) return *value;
 }
 
 }  // namespace vx

@@ -1,9 +1,6 @@
 #include "snippets/snippet_session.hpp"
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
 
 #include "editing/navigation.hpp"
 #include "snippets/shell_constant_runner.hpp"
@@ -74,14 +71,6 @@ const SnippetField* tabStopOf(const std::vector<SnippetField>& fields, int64_t n
 }
 
 }  // namespace
-
-// One shell command running on a thread of its own; the output waits here for the main thread.
-struct VXSnippetSession::ShellJob {
-    std::mutex mutex;
-    std::condition_variable done;
-    bool finished = false;
-    std::optional<std::u16string> output;
-};
 
 std::unique_ptr<VXSnippetSession> VXSnippetSession::expand(VXTextView& view, const CompiledSnippet& snippet,
                                                            const SnippetEnvironment& base, std::vector<Range> ranges,
@@ -292,44 +281,30 @@ void VXSnippetSession::startShellCommands(const SnippetEnvironment& environment)
     for (const SnippetField& field : m_copies[m_primaryCopy]) {
         if (!field.alive || !field.awaitsShell) continue;
         const auto& constant = static_cast<const SNShellConstant&>(*static_cast<const SNConstantConstruct&>(*field.construct).constant);
-        auto job = std::make_shared<ShellJob>();
-        std::thread([job, prefix = constant.prefix, script = constant.script, environment] {
-            std::optional<std::u16string> output = runShellConstant(prefix, script, environment);
-            std::lock_guard lock(job->mutex);
-            job->output = std::move(output);
-            job->finished = true;
-            job->done.notify_all();
-        }).detach();
-        m_jobs.push_back({field.construct.get(), std::move(job)});
+        // A command that cannot start leaves its default, as one that fails does.
+        if (auto run = ShellConstantRun::start(constant.prefix, constant.script, environment))
+            m_jobs.push_back({field.construct.get(), std::move(run)});
     }
 }
 
 bool VXSnippetSession::takeShellOutput(std::chrono::microseconds wait) {
     if (m_jobs.empty()) return false;
-    {
-        ShellJob& first = *m_jobs.front().job;
-        std::unique_lock lock(first.mutex);
-        first.done.wait_for(lock, wait, [&] { return first.finished; });
-    }
     size_t primary = 0;
     std::vector<Selection> selections = m_view.selections(&primary);
     std::vector<std::pair<Range, uint64_t>> edits;
     for (auto job = m_jobs.begin(); job != m_jobs.end();) {
-        std::optional<std::u16string> output;
-        {
-            std::lock_guard lock(job->job->mutex);
-            if (!job->job->finished) {
-                ++job;
-                continue;
-            }
-            output = job->job->output;
+        // The first waits; the others are only asked whether they are done.
+        const auto output = job->run->poll(job == m_jobs.begin() ? wait : std::chrono::microseconds(0));
+        if (!output) {
+            ++job;
+            continue;
         }
         for (size_t copy = 0; copy < m_copies.size(); ++copy) {
             for (size_t index = 1; index < m_copies[copy].size(); ++index) {
                 SnippetField& field = m_copies[copy][index];
                 if (!field.alive || !field.awaitsShell || field.construct.get() != job->construct) continue;
                 field.awaitsShell = false;
-                const std::u16string text = constantText(field, output, m_environment);
+                const std::u16string text = constantText(field, *output, m_environment);
                 if (m_view.text().substring(rangeOf(copy, index)) == text) continue;
                 replaceField(copy, static_cast<int>(index), text, edits);
             }

@@ -14,9 +14,9 @@
 // snippet (checked after every command). It learns of every change of the text through
 // textDidChange, whoever made it, so that its fields keep their places.
 //
-// Shell commands run in the background: the snippet goes in at once with their or-else
-// defaults, and their output replaces that text when it comes (within the commands' time limit),
-// whether or not the fields are still being walked. The owner calls takeShellOutput while
+// Shell commands run on while the editor goes on: the snippet goes in at once with their
+// or-else defaults, and their output replaces that text when it comes (within the commands' time
+// limit), whether or not the fields are still being walked; the session's end kills them. The owner calls takeShellOutput while
 // hasPendingShellCommands says so (between frames, or before reading the text headless).
 #pragma once
 
@@ -28,6 +28,7 @@
 
 #include "editing/text_view.hpp"
 #include "snippets/constructs.hpp"
+#include "snippets/shell_constant_runner.hpp"
 #include "snippets/snippet_environment.hpp"
 #include "snippets/snippet_fields.hpp"
 
@@ -76,10 +77,11 @@ public:
     }
 
 private:
-    struct ShellJob;
+    // A command running for the constant construct whose fields its output goes to; the
+    // session's end kills it.
     struct PendingShell {
         const SNConstruct* construct;
-        std::shared_ptr<ShellJob> job;
+        std::unique_ptr<ShellConstantRun> run;
     };
 
     VXSnippetSession(VXTextView& view, SnippetEnvironment environment) : m_view(view), m_environment(std::move(environment)) {}
